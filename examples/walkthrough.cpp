@@ -1,0 +1,45 @@
+// The typical road of a caller: hold a URL in a VeskString, append to it,
+// slice it, compare it, and release everything.
+#include <cstdio>
+
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
+
+namespace {
+
+void Show(const char* label, const VeskString& s) {
+  std::printf("%-22s \"%s\" (length %d, capacity %d)\n", label,
+              s.Text() != nullptr ? s.Text() : "(no text)", s.Length(),
+              s.Capacity());
+}
+
+}  // namespace
+
+int main() {
+  const unsigned long liveAtStart = Pelgc::GetHeapStats().live;
+  {
+    VeskString url("http://example.com/player");
+    Show("built", url);
+
+    url.AppendChar('?');
+    url.AppendString("movie=intro");
+    url.AppendChar('&');
+    url.AppendString("quality=high&debug", 12);  // at most 12 bytes
+    Show("appended", url);
+
+    VeskString host = url.SubString(7, 17);  // both ends included
+    Show("host slice", host);
+
+    VeskString expected("example.com");
+    std::printf("host is example.com:  %s\n", host == expected ? "yes" : "no");
+    host.ToUpper();
+    Show("upper-cased host", host);
+    std::printf("upper orders first:   %s\n", host < expected ? "yes" : "no");
+
+    VeskString path = url.SubString(18, -1);  // -1: up to the last byte
+    Show("path and query", path);
+  }
+  const unsigned long leaked = Pelgc::GetHeapStats().live - liveAtStart;
+  std::printf("heap blocks still live: %lu\n", leaked);
+  return leaked == 0 ? 0 : 1;
+}

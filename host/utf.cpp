@@ -1,0 +1,99 @@
+#include "utf.h"
+
+namespace vesk_host {
+namespace {
+
+bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+bool IsHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool IsLowSurrogate(unsigned unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+std::size_t Utf8Width(char32_t code) {
+  return code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+}
+
+char* PutUtf8(char32_t code, char* out) {
+  const std::size_t width = Utf8Width(code);
+  static const unsigned char kLead[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
+  for (std::size_t i = width - 1; i > 0; --i) {
+    out[i] = static_cast<char>(0x80 | (code & 0x3F));
+    code >>= 6;
+  }
+  out[0] = static_cast<char>(kLead[width] | code);
+  return out + width;
+}
+
+}  // namespace
+
+std::size_t DecodeUtf8(const unsigned char* p, const unsigned char* end,
+                       char32_t* code) {
+  const unsigned char lead = p[0];
+  std::size_t width;
+  char32_t value;
+  char32_t minimum;
+  if (lead < 0x80) {
+    *code = lead;
+    return 1;
+  } else if (lead >= 0xC2 && lead <= 0xDF) {
+    width = 2, value = lead & 0x1F, minimum = 0x80;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    width = 3, value = lead & 0x0F, minimum = 0x800;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    width = 4, value = lead & 0x07, minimum = 0x10000;
+  } else {
+    *code = kReplacement;
+    return 1;
+  }
+  std::size_t taken = 1;
+  for (; taken < width; ++taken) {
+    if (p + taken >= end || !IsContinuation(p[taken])) break;
+    value = (value << 6) | (p[taken] & 0x3F);
+  }
+  const bool wellFormed = taken == width && value >= minimum &&
+                          value <= 0x10FFFF &&
+                          !(value >= 0xD800 && value <= 0xDFFF);
+  *code = wellFormed ? value : kReplacement;
+  return taken;
+}
+
+void AppendUtf16(char32_t code, std::basic_string<unsigned short>* out) {
+  if (code < 0x10000) {
+    out->push_back(static_cast<unsigned short>(code));
+    return;
+  }
+  code -= 0x10000;
+  out->push_back(static_cast<unsigned short>(0xD800 | (code >> 10)));
+  out->push_back(static_cast<unsigned short>(0xDC00 | (code & 0x3FF)));
+}
+
+std::basic_string<unsigned short> Utf8ToUtf16(const char* text,
+                                              std::size_t length) {
+  std::basic_string<unsigned short> units;
+  const auto* p = reinterpret_cast<const unsigned char*>(text);
+  const unsigned char* end = p + length;
+  while (p < end) {
+    char32_t code;
+    p += DecodeUtf8(p, end, &code);
+    AppendUtf16(code, &units);
+  }
+  return units;
+}
+
+std::size_t Utf16ToUtf8(const unsigned short* units, std::size_t count,
+                        char* out) {
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    char32_t code = units[i];
+    if (IsHighSurrogate(code) && i + 1 < count && IsLowSurrogate(units[i + 1])) {
+      code = 0x10000 + ((code - 0xD800) << 10) + (units[i + 1] - 0xDC00);
+      ++i;
+    } else if (IsHighSurrogate(code) || IsLowSurrogate(code)) {
+      code = kReplacement;
+    }
+    bytes += Utf8Width(code);
+    if (out != nullptr) out = PutUtf8(code, out);
+  }
+  return bytes;
+}
+
+}  // namespace vesk_host

@@ -1,0 +1,33 @@
+// UTF-8 and UTF-16 conversion shared by the default host's services.
+#ifndef VESK_HOST_UTF_H
+#define VESK_HOST_UTF_H
+
+#include <cstddef>
+#include <string>
+
+namespace vesk_host {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+// Decodes one UTF-8 character from [p, end). Returns the bytes it takes
+// (at least 1) and stores the code point, or U+FFFD for an ill-formed
+// sequence (overlong forms, surrogates and values past U+10FFFF included).
+std::size_t DecodeUtf8(const unsigned char* p, const unsigned char* end,
+                       char32_t* code);
+
+// Appends `code` as UTF-16 units.
+void AppendUtf16(char32_t code, std::basic_string<unsigned short>* out);
+
+// Converts UTF-8 bytes to UTF-16 units, ill-formed sequences as U+FFFD.
+std::basic_string<unsigned short> Utf8ToUtf16(const char* text,
+                                              std::size_t length);
+
+// Writes UTF-16 units as UTF-8 to `out` (when non-null) and returns the
+// byte count; an unpaired surrogate becomes U+FFFD. Call it with a null
+// `out` first to size the buffer.
+std::size_t Utf16ToUtf8(const unsigned short* units, std::size_t count,
+                        char* out);
+
+}  // namespace vesk_host
+
+#endif  // VESK_HOST_UTF_H
