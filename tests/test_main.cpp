@@ -1,0 +1,30 @@
+// Test entry point: every test must leave the host heap as it found it.
+#include <gtest/gtest.h>
+
+#include "host/memory_manager.h"
+
+namespace {
+
+class HeapBalanceListener : public testing::EmptyTestEventListener {
+  void OnTestStart(const testing::TestInfo&) override {
+    m_liveAtStart = Pelgc::GetHeapStats().live;
+  }
+  void OnTestEnd(const testing::TestInfo& info) override {
+    Pelgc::ClearHeapFault();
+    const unsigned long live = Pelgc::GetHeapStats().live;
+    if (live != m_liveAtStart) {
+      ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " left "
+                    << static_cast<long>(live - m_liveAtStart)
+                    << " heap block(s) live";
+    }
+  }
+  unsigned long m_liveAtStart = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  testing::UnitTest::GetInstance()->listeners().Append(new HeapBalanceListener);
+  return RUN_ALL_TESTS();
+}
