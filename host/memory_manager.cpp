@@ -32,6 +32,7 @@ struct FaultPlan {
   bool persistent = false;
 };
 
+std::atomic<ReleaseObserver> g_releaseObserver{nullptr};
 std::atomic<bool> g_faultArmed{false};
 std::mutex g_mutex;  // guards g_plan and g_blocks
 FaultPlan g_plan;
@@ -112,6 +113,7 @@ void SystemDelete(void* block) noexcept {
   Unregister(block);
   g_releases.fetch_add(1, std::memory_order_relaxed);
   g_live.fetch_sub(1, std::memory_order_relaxed);
+  if (ReleaseObserver observe = g_releaseObserver.load()) observe(block);
   std::free(block);
 }
 
@@ -144,6 +146,10 @@ HeapStats GetHeapStats() {
 }
 
 bool HeapChecksEnabled() { return kCheckPointers; }
+
+void SetReleaseObserver(ReleaseObserver observer) {
+  g_releaseObserver.store(observer);
+}
 
 void InjectHeapFault(unsigned long skip, HeapFault fault, bool persistent) {
   std::lock_guard<std::mutex> lock(g_mutex);

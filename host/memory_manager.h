@@ -65,6 +65,12 @@ HeapStats GetHeapStats();
 // benchmarks); a bad pointer then aborts the process.
 bool HeapChecksEnabled();
 
+// Called by SystemDelete with each block just before it goes back to the C
+// heap, so a test can see what a release leaves in it. Null removes it. The
+// observer must not throw.
+using ReleaseObserver = void (*)(const void* block);
+void SetReleaseObserver(ReleaseObserver observer);
+
 // ---- Default host: fault injection -----------------------------------------
 
 enum class HeapFault {

@@ -1,0 +1,234 @@
+// VeskString appending, the growth rule, hex digits and shortening.
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "test_support.h"
+
+namespace {
+
+using Pelgc::HeapFault;
+using vesk_test::Bytes;
+using vesk_test::RequestCounter;
+using vesk_test::ScopedHeapFault;
+
+// The capacity after each growth, and the length at which it happened.
+std::vector<std::pair<int, int>> Growths(VeskString* s, int appends,
+                                         void (*append)(VeskString*)) {
+  std::vector<std::pair<int, int>> growths;
+  for (int i = 0; i < appends; ++i) {
+    const int before = s->Capacity();
+    const int length = s->Length();
+    append(s);
+    if (s->Capacity() != before) growths.emplace_back(length, s->Capacity());
+  }
+  return growths;
+}
+
+TEST(AppendTest, AppendCharGrowsByTheRule) {
+  VeskString s;
+  const auto growths =
+      Growths(&s, 11000, [](VeskString* t) { t->AppendChar('x'); });
+  const std::vector<std::pair<int, int>> expected = {
+      {0, 257},     {256, 513},   {512, 769},   {768, 1025},  {1024, 1537},
+      {1536, 2305}, {2304, 3457}, {3456, 5185}, {5184, 7777}, {7776, 11665}};
+  EXPECT_EQ(growths, expected);
+  EXPECT_EQ(Bytes(s), std::string(11000, 'x'));
+}
+
+TEST(AppendTest, AppendStringOneByteAtATimeKeepsASpareByte) {
+  VeskString s;
+  const auto growths =
+      Growths(&s, 300, [](VeskString* t) { t->AppendString("y"); });
+  const std::vector<std::pair<int, int>> expected = {{0, 258}, {256, 514}};
+  EXPECT_EQ(growths, expected);
+}
+
+struct GrowthCase {
+  const char* name;
+  int capacity;         // of the starting buffer (0: zeroed, -1: shared)
+  int length;           // bytes appended to it first
+  std::string appended;
+  bool asChars;         // append with AppendChar rather than AppendString
+  int expectedCapacity;
+};
+void PrintTo(const GrowthCase& c, std::ostream* os) { *os << c.name; }
+
+class GrowthTest : public testing::TestWithParam<GrowthCase> {};
+
+TEST_P(GrowthTest, GrowsToTheExpectedCapacity) {
+  const GrowthCase& c = GetParam();
+  VeskString s = c.capacity < 0 ? VeskString("") : VeskString(c.capacity);
+  for (int i = 0; i < c.length; ++i) s.AppendChar('a');  // may fill it up
+  if (c.asChars) {
+    for (char ch : c.appended) s.AppendChar(ch);
+  } else {
+    s.AppendString(c.appended.c_str());
+  }
+  EXPECT_EQ(s.Capacity(), c.expectedCapacity);
+  EXPECT_EQ(Bytes(s), std::string(static_cast<size_t>(c.length), 'a') +
+                          c.appended);
+  EXPECT_EQ(s.Text()[s.Length()], '\0');
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, GrowthTest,
+    testing::Values(
+        GrowthCase{"SmallBufferGrowsBy256", 1023, 1022, "b", true, 1279},
+        GrowthCase{"LargeBufferGrowsByHalf", 1024, 1023, "b", true, 1536},
+        GrowthCase{"TenBytesToZeroed", 0, 0, "0123456789", false, 267},
+        GrowthCase{"NineCharsFitTen", 10, 0, "123456789", true, 10},
+        GrowthCase{"TenthCharGrows", 10, 0, "1234567890", true, 266},
+        GrowthCase{"NineBytesGrowTenAtOnce", 10, 0, "123456789", false, 266},
+        GrowthCase{"EightBytesFitTen", 10, 0, "12345678", false, 10},
+        GrowthCase{"EmptyTextStillGrowsZeroed", 0, 0, "", false, 257},
+        GrowthCase{"EmptyTextGrowsAFullBuffer", 4, 3, "", false, 260},
+        GrowthCase{"FirstCharLeavesSharedEmpty", -1, 0, "c", true, 257}),
+    [](const testing::TestParamInfo<GrowthCase>& info) {
+      return std::string(info.param.name);
+    });
+
+TEST(AppendTest, GrowthCopiesTheTextAndReleasesTheOldBlockOnly) {
+  VeskString shared("");
+  RequestCounter counter;
+  shared.AppendChar('a');  // the shared empty text is never released
+  EXPECT_EQ(counter.Requests(), 1u);
+  EXPECT_EQ(counter.Releases(), 0u);
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 257u);
+  EXPECT_EQ(Pelgc::GetHeapStats().lastOpts, Pelgc::kMayReturnNull);
+
+  VeskString own(3);
+  own.AppendString("ab");
+  own.AppendString("cd");
+  EXPECT_EQ(Bytes(own), "abcd");
+  EXPECT_EQ(counter.Releases(), 1u);
+}
+
+TEST(AppendTest, AppendStringTakesAtMostNBytes) {
+  const std::pair<int, std::string> cases[] = {
+      {3, "abc"}, {100, "abcdef"}, {0, ""}, {-5, ""}};
+  for (const auto& [n, expected] : cases) {
+    VeskString s;
+    s.AppendString("abcdef", n);
+    EXPECT_EQ(Bytes(s), expected) << "n = " << n;
+  }
+  VeskString s("x");
+  s.AppendString(nullptr);
+  s.AppendString(nullptr, 3);
+  EXPECT_EQ(Bytes(s), "x");
+  EXPECT_EQ(s.Capacity(), 2);  // a null text does not even grow
+}
+
+TEST(AppendTest, AppendThreeCharsTakesEveryByte) {
+  VeskString s("x");
+  s.AppendThreeChars("a\0b");
+  EXPECT_EQ(Bytes(s), std::string("xa\0b", 4));
+}
+
+TEST(AppendTest, HexDigitsAreUpperCaseHighNibbleFirst) {
+  EXPECT_EQ(VeskString::HexChar(10), 'A');
+  EXPECT_EQ(VeskString::HexChar(0x3C), 'C');
+  EXPECT_EQ(VeskString::HexChar(-1), 'F');
+  EXPECT_EQ(VeskString::HexChar(7), '7');
+  const std::pair<unsigned char, const char*> bytes[] = {
+      {0x0A, "0A"}, {0x9F, "9F"}, {0xA0, "A0"}, {0xFF, "FF"}, {0x00, "00"}};
+  for (const auto& [byte, expected] : bytes) {
+    VeskString s;
+    s.AppendHexByte(byte);
+    EXPECT_EQ(Bytes(s), expected);
+  }
+}
+
+TEST(AppendTest, FailedGrowthDropsOnlyWhatItWasFor) {
+  VeskString s;
+  {
+    ScopedHeapFault fault(0, HeapFault::kReturnNull);
+    s.AppendChar('a');  // dropped
+    s.AppendChar('b');  // the fault was for one request only
+  }
+  EXPECT_EQ(Bytes(s), "b");
+  const int capacity = s.Capacity();
+  const std::string full(static_cast<size_t>(capacity), 'z');
+  {
+    ScopedHeapFault fault(0, HeapFault::kReturnNull);
+    s.AppendString(full.c_str());
+  }
+  EXPECT_EQ(Bytes(s), "b");
+  EXPECT_EQ(s.Capacity(), capacity);
+}
+
+TEST(AppendTest, BadAllocPassesAndLeavesTheStringUnchanged) {
+  VeskString s("abc");
+  const char* buffer = s.Text();
+  ScopedHeapFault fault(0, HeapFault::kThrowBadAlloc, true);
+  EXPECT_THROW(s.AppendChar('d'), std::bad_alloc);
+  EXPECT_THROW(s.AppendString("def"), std::bad_alloc);
+  EXPECT_EQ(Bytes(s), "abc");
+  EXPECT_EQ(s.Text(), buffer);
+  EXPECT_EQ(s.Capacity(), 4);
+}
+
+struct ShortenCase {
+  const char* name;
+  std::string text;
+  void (*shorten)(VeskString*);
+  std::string expected;
+};
+void PrintTo(const ShortenCase& c, std::ostream* os) { *os << c.name; }
+
+class ShortenTest : public testing::TestWithParam<ShortenCase> {};
+
+TEST_P(ShortenTest, ShortensInPlace) {
+  const ShortenCase& c = GetParam();
+  VeskString s;
+  s.AppendString(c.text.c_str(), static_cast<int>(c.text.size()));
+  const char* buffer = s.Text();
+  const int capacity = s.Capacity();
+  c.shorten(&s);
+  EXPECT_EQ(Bytes(s), c.expected);
+  EXPECT_EQ(s.Text()[s.Length()], '\0');
+  EXPECT_EQ(s.Text(), buffer);
+  EXPECT_EQ(s.Capacity(), capacity);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ShortenTest,
+    testing::Values(
+        ShortenCase{"TruncateShortens", "abcdef",
+                    [](VeskString* s) { s->Truncate(3); }, "abc"},
+        ShortenCase{"TruncateToZero", "abcdef",
+                    [](VeskString* s) { s->Truncate(0); }, ""},
+        ShortenCase{"TruncateBeyond", "abcdef",
+                    [](VeskString* s) { s->Truncate(10); }, "abcdef"},
+        ShortenCase{"TruncateHuge", "abcdef",
+                    [](VeskString* s) { s->Truncate(4294967295u); }, "abcdef"},
+        ShortenCase{"TrailingBlanks", "ab \t\r\n",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab"},
+        ShortenCase{"VerticalTabStays", "ab\v",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab\v"},
+        ShortenCase{"FormFeedStays", "ab\f",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab\f"},
+        ShortenCase{"HighByteStays", "ab\xA0",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); },
+                    "ab\xA0"},
+        ShortenCase{"OnlyBlanks", "   ",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, ""},
+        ShortenCase{"InnerBlanksStay", " a b ",
+                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, " a b"}),
+    [](const testing::TestParamInfo<ShortenCase>& info) {
+      return std::string(info.param.name);
+    });
+
+TEST(AppendTest, ShorteningAZeroedOrSharedStringWritesNothing) {
+  VeskString zeroed;
+  zeroed.Truncate(0);
+  zeroed.RemoveTrailingSpaces();
+  EXPECT_TRUE(vesk_test::IsZeroed(zeroed));
+  VeskString shared("");  // a write into the shared text would fault
+  shared.Truncate(0);
+  shared.RemoveTrailingSpaces();
+  EXPECT_TRUE(vesk_test::IsSharedEmpty(shared));
+}
+
+}  // namespace

@@ -1,0 +1,310 @@
+// VeskString construction, assignment, copying and release.
+#include <cstring>
+#include <functional>
+#include <new>
+#include <string>
+
+#include "host/vm_string.h"
+#include "huge_text.h"
+#include "test_support.h"
+
+namespace {
+
+using Pelgc::HeapFault;
+using vesk_test::Bytes;
+using vesk_test::IsSharedEmpty;
+using vesk_test::IsZeroed;
+using vesk_test::RequestCounter;
+using vesk_test::ScopedHeapFault;
+
+enum class State { kZeroed, kSharedEmpty, kOwn };
+
+State StateOf(const VeskString& s) {
+  if (IsZeroed(s)) return State::kZeroed;
+  if (IsSharedEmpty(s)) return State::kSharedEmpty;
+  return State::kOwn;
+}
+
+// Checks the fields and the invariants of the own-buffer state.
+void ExpectString(const VeskString& s, State state, const std::string& bytes,
+                  int capacity) {
+  EXPECT_EQ(StateOf(s), state);
+  EXPECT_EQ(Bytes(s), bytes);
+  EXPECT_EQ(s.Length(), static_cast<int>(bytes.size()));
+  EXPECT_EQ(s.Capacity(), capacity);
+  if (s.Text() != nullptr) {
+    EXPECT_EQ(s.Text()[s.Length()], '\0');
+  }
+}
+
+struct SetCase {
+  const char* name;
+  const char* initial;  // null: start zeroed
+  const char* text;
+  int length;
+  State state;
+  std::string bytes;
+  int capacity;
+  unsigned long requests;
+  unsigned long releases;
+};
+void PrintTo(const SetCase& c, std::ostream* os) { *os << c.name; }
+
+class SetTest : public testing::TestWithParam<SetCase> {};
+
+TEST_P(SetTest, MovesBetweenStatesAsExpected) {
+  const SetCase& c = GetParam();
+  VeskString s;
+  if (c.initial != nullptr) s.Set(c.initial, -1);
+  RequestCounter counter;
+  s.Set(c.text, c.length);
+  ExpectString(s, c.state, c.bytes, c.capacity);
+  EXPECT_EQ(counter.Requests(), c.requests);
+  EXPECT_EQ(counter.Releases(), c.releases);
+  if (c.requests > 0) {
+    EXPECT_EQ(Pelgc::GetHeapStats().lastSize,
+              static_cast<unsigned long>(c.capacity));
+    EXPECT_EQ(Pelgc::GetHeapStats().lastOpts, Pelgc::kMayReturnNull);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SetTest,
+    testing::Values(
+        SetCase{"NullText", nullptr, nullptr, 5, State::kSharedEmpty, "", 1, 0,
+                0},
+        SetCase{"EmptyText", nullptr, "", -1, State::kSharedEmpty, "", 1, 0, 0},
+        SetCase{"LengthZero", nullptr, "abc", 0, State::kSharedEmpty, "", 1, 0,
+                0},
+        SetCase{"ClippedToLength", nullptr, "abcdef", 3, State::kOwn, "abc", 4,
+                1, 0},
+        SetCase{"LengthBeyondText", nullptr, "ab", 5, State::kOwn, "ab", 3, 1,
+                0},
+        SetCase{"OtherNegativeLength", nullptr, "ab", -7, State::kOwn, "ab", 3,
+                1, 0},
+        SetCase{"ShorterKeepsBuffer", "hello", "hi", -1, State::kOwn, "hi", 6,
+                0, 0},
+        SetCase{"LongerReplacesBuffer", "hi", "hello", -1, State::kOwn,
+                "hello", 6, 1, 1},
+        SetCase{"EqualLengthKeepsBuffer", "abc", "xyz", -1, State::kOwn, "xyz",
+                4, 0, 0},
+        SetCase{"FromSharedEmpty", "", "x", -1, State::kOwn, "x", 2, 1, 0},
+        SetCase{"EmptyReleasesBuffer", "hello", "", -1, State::kSharedEmpty,
+                "", 1, 0, 1}),
+    [](const testing::TestParamInfo<SetCase>& info) {
+      return std::string(info.param.name);
+    });
+
+TEST(StorageTest, PositiveLengthReadsNoFurtherThanItSays) {
+  const char unterminated[3] = {'a', 'b', 'c'};
+  VeskString s;
+  s.Set(unterminated, 3);
+  ExpectString(s, State::kOwn, "abc", 4);
+}
+
+TEST(StorageTest, SetFromInsideItsOwnBufferKeepsTheBuffer) {
+  VeskString s("hello world");
+  const char* buffer = s.Text();
+  RequestCounter counter;
+  s.Set(s.Text() + 6, -1);
+  ExpectString(s, State::kOwn, "world", 12);
+  EXPECT_EQ(s.Text(), buffer);
+  EXPECT_EQ(counter.Requests(), 0u);
+}
+
+// A string holding 'a', 'b', NUL, 'c', 'd' with all five bytes counted.
+VeskString WithEmbeddedNul() {
+  VeskString s("ab");
+  s.AppendChar('\0');
+  s.AppendString("cd");
+  return s;
+}
+
+struct CopyCase {
+  const char* name;
+  std::function<VeskString()> make;
+  State state;
+  std::string bytes;
+  int capacity;
+};
+void PrintTo(const CopyCase& c, std::ostream* os) { *os << c.name; }
+
+class CopyTest : public testing::TestWithParam<CopyCase> {};
+
+TEST_P(CopyTest, CopiesTheTextUpToItsFirstNul) {
+  const CopyCase& c = GetParam();
+  const VeskString source = c.make();
+  const VeskString constructed(source);
+  ExpectString(constructed, c.state, c.bytes, c.capacity);
+
+  VeskString assigned("previous text");
+  assigned = source;
+  EXPECT_EQ(StateOf(assigned), c.state);
+  EXPECT_EQ(Bytes(assigned), c.bytes);
+  if (source.Text() != nullptr && source.Text()[0] != '\0') {
+    EXPECT_NE(constructed.Text(), source.Text());  // deep copy
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, CopyTest,
+    testing::Values(
+        CopyCase{"Text", [] { return VeskString("abc"); }, State::kOwn, "abc",
+                 4},
+        CopyCase{"EmbeddedNul", WithEmbeddedNul, State::kOwn, "ab", 3},
+        CopyCase{"Zeroed", [] { return VeskString(); }, State::kZeroed, "", 0},
+        CopyCase{"SharedEmpty", [] { return VeskString(""); },
+                 State::kSharedEmpty, "", 1},
+        CopyCase{"EmptyOwnBuffer", [] { return VeskString(10); },
+                 State::kSharedEmpty, "", 1}),
+    [](const testing::TestParamInfo<CopyCase>& info) {
+      return std::string(info.param.name);
+    });
+
+TEST(StorageTest, SelfAssignmentLeavesTheStringUntouched) {
+  VeskString s(20);
+  s.AppendString("abc");
+  const char* buffer = s.Text();
+  RequestCounter counter;
+  VeskString& alias = s;
+  s = alias;
+  s.Copy(s);
+  ExpectString(s, State::kOwn, "abc", 20);
+  EXPECT_EQ(s.Text(), buffer);
+  EXPECT_EQ(counter.Requests(), 0u);
+}
+
+TEST(StorageTest, AssignsCText) {
+  VeskString s;
+  s = "abc";
+  ExpectString(s, State::kOwn, "abc", 4);
+  s = static_cast<const char*>(nullptr);
+  ExpectString(s, State::kSharedEmpty, "", 1);
+}
+
+TEST(StorageTest, CapacityConstructor) {
+  ExpectString(VeskString(0), State::kZeroed, "", 0);
+  RequestCounter counter;
+  const VeskString one(1);
+  ExpectString(one, State::kOwn, "", 1);
+  EXPECT_NE(one.Text(), vesk_test::SharedEmpty());
+  const VeskString ten(10);
+  EXPECT_EQ(ten.Capacity(), 10);
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 10u);
+  EXPECT_EQ(counter.Requests(), 2u);
+  EXPECT_THROW(VeskString(-1), Pelgc::ObjectTooLargeError);
+  EXPECT_EQ(counter.Requests(), 2u);  // the report comes before any request
+}
+
+TEST(StorageTest, CapacityConstructorWithoutABlockIsZeroed) {
+  ScopedHeapFault fault(0, HeapFault::kReturnNull);
+  ExpectString(VeskString(10), State::kZeroed, "", 0);
+}
+
+TEST(StorageTest, SetThatGetsNoBlockLeavesTheStringZeroed) {
+  for (HeapFault kind : {HeapFault::kReturnNull, HeapFault::kThrowBadAlloc}) {
+    VeskString s("hi");
+    RequestCounter counter;
+    {
+      ScopedHeapFault fault(0, kind);
+      if (kind == HeapFault::kThrowBadAlloc) {
+        EXPECT_THROW(s.Set("longer text", -1), std::bad_alloc);
+      } else {
+        s.Set("longer text", -1);
+      }
+    }
+    EXPECT_TRUE(IsZeroed(s));
+    EXPECT_EQ(counter.Releases(), 1u);  // the old buffer went first
+  }
+}
+
+TEST(StorageTest, ClearReleasesOnlyAnOwnBuffer) {
+  VeskString empty("");
+  VeskString own("abc");
+  RequestCounter counter;
+  empty.Clear();
+  EXPECT_TRUE(IsZeroed(empty));
+  EXPECT_EQ(counter.Releases(), 0u);
+  own.Clear();
+  EXPECT_TRUE(IsZeroed(own));
+  EXPECT_EQ(counter.Releases(), 1u);
+}
+
+std::string g_releasedBytes;
+unsigned long g_releasedSize = 0;
+
+TEST(StorageTest, SecureClearZeroesTheWholeBufferBeforeReleasingIt) {
+  VeskString s(10);
+  s.AppendString("abc");
+  std::memset(const_cast<char*>(s.Text()) + 4, 'x', 6);  // bytes past the NUL
+  g_releasedSize = 10;
+  Pelgc::SetReleaseObserver([](const void* block) {
+    g_releasedBytes.assign(static_cast<const char*>(block), g_releasedSize);
+  });
+  s.SecureClear();
+  Pelgc::SetReleaseObserver(nullptr);
+  EXPECT_TRUE(IsZeroed(s));
+  EXPECT_EQ(g_releasedBytes, std::string(10, '\0'));
+}
+
+TEST(StorageTest, SecureClearOfSharedOrZeroedStringWritesNothing) {
+  RequestCounter counter;
+  VeskString empty("");  // a write into the shared text would fault
+  empty.SecureClear();
+  EXPECT_TRUE(IsZeroed(empty));
+  VeskString zeroed;
+  zeroed.SecureClear();
+  EXPECT_TRUE(IsZeroed(zeroed));
+  EXPECT_EQ(counter.Releases(), 0u);
+}
+
+TEST(StorageTest, ScriptStrings) {
+  marlo::String empty("");
+  marlo::String accented("caf\xC3\xA9");
+  const unsigned short pair[] = {'x', 0xD83D, 0xDE00};
+  marlo::String astral(pair, 3);
+
+  ExpectString(VeskString(static_cast<marlo::String*>(nullptr)),
+               State::kSharedEmpty, "", 1);
+  ExpectString(VeskString(&empty), State::kSharedEmpty, "", 1);
+  ExpectString(VeskString(&accented), State::kOwn, "caf\xC3\xA9", 6);
+
+  RequestCounter counter;
+  VeskString s;
+  s.Set(&astral);
+  ExpectString(s, State::kOwn, "x\xF0\x9F\x98\x80", 6);
+  EXPECT_EQ(counter.Requests(), 2u);  // the view's buffer, then the copy
+  EXPECT_EQ(counter.Releases(), 1u);  // the view's buffer
+}
+
+TEST(StorageTest, ScriptStringViewIsReleasedWhenTheCopyThrows) {
+  marlo::String text("abc");
+  VeskString s;
+  ScopedHeapFault fault(1, HeapFault::kThrowBadAlloc);
+  EXPECT_THROW(s.Set(&text), std::bad_alloc);
+  EXPECT_TRUE(IsZeroed(s));
+  // The heap-balance check of every test proves the view was released.
+}
+
+TEST(StorageTest, SourcesTooLongForAnIntAreReportedBeforeAnyRequest) {
+  vesk_test::HugeText huge;
+  if (huge.get() == nullptr) GTEST_SKIP() << "cannot map 2 GiB";
+  VeskString s("abc");
+  VeskString prefix("x");
+  VeskString zeroed;
+  RequestCounter counter;
+  EXPECT_THROW(s.Set(huge.get(), -1), Pelgc::ObjectTooLargeError);
+  EXPECT_TRUE(IsZeroed(s));
+
+  EXPECT_THROW(prefix.AppendString(huge.get()), Pelgc::HeapAbortError);
+  EXPECT_THROW(prefix.AppendString(huge.get(), 2147483646),
+               Pelgc::HeapAbortError);
+  EXPECT_EQ(Bytes(prefix), "x");
+  // 2^31 - 2 bytes fit the length, but the grown capacity would not.
+  EXPECT_THROW(zeroed.AppendString(huge.get(), 2147483646),
+               Pelgc::ObjectTooLargeError);
+  EXPECT_TRUE(IsZeroed(zeroed));
+  EXPECT_EQ(counter.Requests(), 0u);
+}
+
+}  // namespace
