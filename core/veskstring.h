@@ -7,6 +7,7 @@
 #define VESK_CORE_VESKSTRING_H
 
 #include <climits>
+#include <cstdarg>
 
 static_assert(sizeof(int) == 4, "int must be 32-bit");
 static_assert(sizeof(long) == 8 && sizeof(unsigned long) == 8,
@@ -87,6 +88,34 @@ class VeskString {
   void Truncate(unsigned int newLength);
   // Removes trailing tabs, line feeds, carriage returns and spaces.
   void RemoveTrailingSpaces();
+
+  // ---- Formatted appending ----
+  // Every character goes through AppendChar or AppendString, so growth and
+  // dropped characters behave as for those appends.
+  //
+  // Appends `value` in `radix` (2 to 36; digits 0-9 then lower-case a-z).
+  // Another radix appends nothing. Only radix 10 writes a '-'; any other
+  // radix writes a negative value as its 64-bit two's-complement pattern.
+  void AppendInt(long value, int radix);
+  // Appends `value` in decimal with '0's in front of it (and of its sign) up
+  // to `digits` characters: (-5, 3) gives "0-5".
+  void AppendNDigits(int value, int digits);
+  // Appends the host's text for `value` (ConvertDoubleToString).
+  void AppendDouble(double value);
+  // Appends `format` with its directives carried out, each a '%' and the one
+  // character after it; there are no flags, widths or precisions:
+  //   %%  '%'                      %c  int: its low byte
+  //   %p  pointer: "0x" and hex    %b  int: 't' if non-zero, else 'f'
+  //   %s  C text; null: nothing    %f  double: as AppendDouble
+  //   %d  int: decimal             %3  C text: its first three bytes
+  //   %x  int: sign-extended, hex  %2  int: as AppendNDigits(value, 2)
+  // Any other character after '%' is skipped with it and takes no argument;
+  // a '%' at the very end is dropped. A null format appends nothing.
+  void AppendFormatV(const char* format, va_list args);
+  // No printf format attribute: g++ and clang reject '%b', '%2' and '%3'.
+  void AppendFormat(const char* format, ...);
+  // Clear, then AppendFormat: a string that receives nothing stays zeroed.
+  void Format(const char* format, ...);
 
   // ---- Comparison, case and slicing ----
   bool operator==(const VeskString& other) const;

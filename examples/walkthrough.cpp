@@ -1,5 +1,5 @@
-// The typical road of a caller: hold a URL in a VeskString, append to it,
-// slice it, compare it, and release everything.
+// The typical road of a caller: hold a URL in a VeskString, append to it
+// (formatted appends included), slice it, compare it, and release everything.
 #include <cstdio>
 
 #include "core/veskstring.h"
@@ -26,6 +26,9 @@ int main() {
     url.AppendChar('&');
     url.AppendString("quality=high&debug", 12);  // at most 12 bytes
     Show("appended", url);
+
+    url.AppendFormat("&lang=%s&retry=%d", "en", 3);  // a text and an int
+    Show("formatted", url);
 
     VeskString host = url.SubString(7, 17);  // both ends included
     Show("host slice", host);

@@ -1,0 +1,109 @@
+// VeskString: numbers and format directives, appended one character or one
+// text at a time through AppendChar and AppendString.
+#include <cstdarg>
+
+#include "../host/text_services.h"
+#include "internal.h"
+#include "veskstring.h"
+
+namespace {
+
+const char kDigits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+
+}  // namespace
+
+void VeskString::AppendInt(long value, int radix) {
+  if (radix < 2 || radix > 36) return;
+  unsigned long magnitude = static_cast<unsigned long>(value);
+  if (value < 0 && radix == 10) {
+    AppendChar('-');
+    magnitude = 0 - magnitude;  // exact for the most negative value too
+  }
+  // Least significant digit first; 64 binary digits is the most it takes.
+  char digits[128];
+  int count = 0;
+  const unsigned long base = static_cast<unsigned long>(radix);
+  do {
+    digits[count++] = kDigits[magnitude % base];
+    magnitude /= base;
+  } while (magnitude != 0);
+  while (count > 0) AppendChar(digits[--count]);
+}
+
+void VeskString::AppendNDigits(int value, int digits) {
+  // Measured by writing it once; the destructor releases the measure, also
+  // when an exception passes.
+  VeskString measure;
+  measure.AppendInt(value, 10);
+  for (long zeros = long{digits} - measure.m_length; zeros > 0; --zeros) {
+    AppendChar('0');
+  }
+  AppendInt(value, 10);
+}
+
+void VeskString::AppendDouble(double value) {
+  char* text = ConvertDoubleToString(value);
+  // Only a non-empty text is known to be ours to release.
+  if (text == nullptr || text[0] == '\0') return;
+  vesk::ScopedBlock owned(text);
+  AppendString(text);
+}
+
+void VeskString::AppendFormatV(const char* format, va_list args) {
+  if (format == nullptr) return;
+  for (const char* p = format; *p != '\0'; ++p) {
+    if (*p != '%') {
+      AppendChar(*p);
+      continue;
+    }
+    if (*++p == '\0') return;  // a lone '%' at the end is dropped
+    switch (*p) {
+      case '%': AppendChar('%'); break;
+      case 'p':
+        AppendString("0x");
+        AppendInt(reinterpret_cast<long>(va_arg(args, void*)), 16);
+        break;
+      case 's': AppendString(va_arg(args, const char*)); break;
+      case 'd': AppendInt(va_arg(args, int), 10); break;
+      case 'x': AppendInt(va_arg(args, int), 16); break;
+      case 'c': AppendChar(static_cast<char>(va_arg(args, int))); break;
+      case 'b': AppendChar(va_arg(args, int) != 0 ? 't' : 'f'); break;
+      case 'f': AppendDouble(va_arg(args, double)); break;
+      case '2': AppendNDigits(va_arg(args, int), 2); break;
+      case '3': {
+        const char* chars = va_arg(args, const char*);
+        // Open case: a null text appends nothing rather than being read.
+        if (chars != nullptr) AppendThreeChars(chars);
+        break;
+      }
+      default: break;  // no directive: skipped, takes no argument
+    }
+  }
+}
+
+// Both variadic members end their list on every path, an exception from the
+// host included, before they leave.
+void VeskString::AppendFormat(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  try {
+    AppendFormatV(format, args);
+  } catch (...) {
+    va_end(args);
+    throw;
+  }
+  va_end(args);
+}
+
+void VeskString::Format(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  try {
+    Clear();
+    AppendFormatV(format, args);
+  } catch (...) {
+    va_end(args);
+    throw;
+  }
+  va_end(args);
+}

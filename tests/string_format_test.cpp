@@ -1,0 +1,125 @@
+// Formatted appending: integers, padded decimals, doubles and directives.
+#include <climits>
+#include <new>
+#include <string>
+
+#include "test_support.h"
+
+namespace {
+
+using namespace std::string_literals;
+using vesk_test::Bytes;
+using vesk_test::IsZeroed;
+using vesk_test::ScopedHeapFault;
+using Pelgc::HeapFault;
+
+constexpr const char* kNull = nullptr;
+
+TEST(AppendIntTest, RadixesAndExtremes) {
+  const struct { long value; int radix; std::string expected; } kCases[] = {
+      {0, 2, "0"}, {0, 36, "0"}, {0, 1, ""}, {0, 37, ""}, {5, -2, ""},
+      {255, 16, "ff"}, {35, 36, "z"}, {10, 2, "1010"}, {-255, 10, "-255"},
+      {-1, 16, std::string(16, 'f')}, {-1, 2, std::string(64, '1')},
+      {-10, 16, "fffffffffffffff6"}, {-1, 36, "3w5e11264sgsf"},
+      {LONG_MIN, 10, "-9223372036854775808"},
+      {LONG_MIN, 16, "8000000000000000"}, {LONG_MAX, 36, "1y2p0ij32e8e7"},
+  };
+  for (const auto& c : kCases) {
+    VeskString s("<");
+    s.AppendInt(c.value, c.radix);
+    EXPECT_EQ(Bytes(s), "<" + c.expected) << c.value << " radix " << c.radix;
+  }
+}
+
+// Each row appends through AppendFormat to a string holding "~".
+#define ROW(expected, ...) \
+  { #__VA_ARGS__, [](VeskString& s) { s.AppendFormat(__VA_ARGS__); }, expected }
+
+TEST(AppendFormatTest, Directives) {
+  const struct {
+    const char* call;
+    void (*append)(VeskString&);
+    std::string expected;
+  } kCases[] = {
+      ROW("", ""), ROW("42%", "%d%%", 42), ROW("%%", "%%%%"),
+      ROW("-2147483648", "%d", INT_MIN), ROW("ff", "%x", 255),
+      ROW("ffffffff80000000", "%x", INT_MIN), ROW("0x0", "%p", kNull),
+      ROW("0xdeadbeef", "%p", reinterpret_cast<void*>(0xDEADBEEFul)),
+      ROW("[abc]", "[%s]", "abc"), ROW("[]", "[%s]", kNull),
+      ROW("A", "%c", 0x141), ROW("a\0b"s, "a%cb", 0),
+      ROW("tft", "%b%b%b", 2, 0, -1), ROW("1.5|0.1", "%f|%f", 1.5, 0.1),
+      ROW("ab\0"s, "%3", "ab"), ROW("abc", "%3", "abcd"), ROW("", "%3", kNull),
+      ROW("05 -5 123 00", "%2 %2 %2 %2", 5, -5, 123, 0),
+      ROW("d7", "%5d%d", 7), ROW("3", "%D%S%X%d", 3), ROW("x", "%\xe9x"),
+      ROW("ab", "ab%"), ROW("id=5&n=x", "id=%d&n=%s", 5, "x"),
+  };
+  for (const auto& c : kCases) {
+    VeskString s("~");
+    c.append(s);
+    EXPECT_EQ(Bytes(s), "~" + c.expected) << c.call;
+  }
+}
+
+#undef ROW
+
+TEST(AppendNDigitsTest, ZerosStandBeforeTheSign) {
+  const struct { int value, digits; const char* expected; } kCases[] = {
+      {7, 2, "07"}, {-5, 3, "0-5"}, {-5, 2, "-5"}, {5, 0, "5"},
+      {5, INT_MIN, "5"}, {INT_MIN, 12, "0-2147483648"},
+  };
+  for (const auto& c : kCases) {
+    VeskString s;
+    s.AppendNDigits(c.value, c.digits);
+    EXPECT_EQ(Bytes(s), c.expected) << c.value << ", " << c.digits;
+  }
+}
+
+// A host exception after the first request: the temporary (AppendNDigits)
+// or the host text (AppendDouble) is already held and must be released.
+TEST(FormattedAppendTest, HeldBlocksAreReleasedWhenTheHostThrows) {
+  VeskString s("ab");  // full: the first byte appended grows it
+  const unsigned long live = Pelgc::GetHeapStats().live;
+  {
+    ScopedHeapFault fault(1, HeapFault::kThrowBadAlloc);
+    EXPECT_THROW(s.AppendNDigits(7, 4), std::bad_alloc);
+  }
+  ScopedHeapFault fault(1, HeapFault::kThrowBadAlloc);
+  EXPECT_THROW(s.AppendDouble(1.5), std::bad_alloc);
+  EXPECT_EQ(Bytes(s), "ab");
+  EXPECT_EQ(Pelgc::GetHeapStats().live, live);
+}
+
+TEST(FormattedAppendTest, NullDoubleTextAppendsAndReleasesNothing) {
+  VeskString s;
+  vesk_test::RequestCounter counter;
+  ScopedHeapFault fault(0, HeapFault::kReturnNull);  // the host's request
+  s.AppendFormat("%f%d", 1.5, 7);
+  EXPECT_EQ(Bytes(s), "7");
+  EXPECT_EQ(counter.Releases(), 0u);
+}
+
+TEST(FormattedAppendTest, GrowsAsAppendsDoAndDropsOnlyWhatFailed) {
+  VeskString chars, text, tight(3);
+  chars.AppendFormat("abc");
+  text.AppendFormat("%s", "abc");
+  EXPECT_EQ(chars.Capacity(), 257);  // as AppendChar grows
+  EXPECT_EQ(text.Capacity(), 260);   // as AppendString grows
+  ScopedHeapFault fault(0, HeapFault::kReturnNull);
+  tight.AppendFormat("ab%dcd", 5);  // only the growth for '5' fails
+  EXPECT_EQ(Bytes(tight), "abcd");
+}
+
+TEST(FormatTest, ReplacesTheTextOrLeavesItZeroed) {
+  VeskString s("abc");
+  s.AppendFormat(nullptr);
+  EXPECT_EQ(Bytes(s), "abc");
+  s.Format("x%d", 1);
+  EXPECT_EQ(Bytes(s), "x1");
+  s.Format("");
+  EXPECT_TRUE(IsZeroed(s));
+  s = "abc";
+  s.Format(nullptr);
+  EXPECT_TRUE(IsZeroed(s));
+}
+
+}  // namespace
