@@ -81,29 +81,33 @@ void VeskString::AppendFormatV(const char* format, va_list args) {
   }
 }
 
-// Both variadic members end their list on every path, an exception from the
-// host included, before they leave.
+namespace {
+
+// Ends a started argument list on every way out, exceptions included.
+class ArgumentListEnd {
+ public:
+  explicit ArgumentListEnd(va_list& args) : m_args(args) {}
+  ~ArgumentListEnd() { va_end(m_args); }
+  ArgumentListEnd(const ArgumentListEnd&) = delete;
+  ArgumentListEnd& operator=(const ArgumentListEnd&) = delete;
+
+ private:
+  va_list& m_args;
+};
+
+}  // namespace
+
 void VeskString::AppendFormat(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  try {
-    AppendFormatV(format, args);
-  } catch (...) {
-    va_end(args);
-    throw;
-  }
-  va_end(args);
+  const ArgumentListEnd end(args);
+  AppendFormatV(format, args);
 }
 
 void VeskString::Format(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  try {
-    Clear();
-    AppendFormatV(format, args);
-  } catch (...) {
-    va_end(args);
-    throw;
-  }
-  va_end(args);
+  const ArgumentListEnd end(args);
+  Clear();
+  AppendFormatV(format, args);
 }
