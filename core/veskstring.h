@@ -145,4 +145,102 @@ class VeskString {
   int m_capacity;
 };
 
+// ---- C-text utilities ----
+// Free functions over NUL-terminated text. None of them reads beyond a
+// terminator, nor beyond `n` bytes in the counted forms. Pointer results
+// point into the text argument itself, never into a copy.
+
+// -- Comparison and search --
+// Case-insensitive functions fold 'A' to 'Z' through g_tolower_map; every
+// other byte, 0x80 to 0xFF included, stands for itself.
+
+// The index searches return this when nothing is found: 0xFFFFFFFF held in
+// 64 bits, not -1.
+constexpr long kVeskStrNotFound = 4294967295L;
+
+// True when both are non-null and equal ignoring case.
+bool StrEqual(const char* a, const char* b);
+// Three-way comparison ignoring case: the difference of the first folded
+// bytes that differ, as unsigned values. Neither text may be null.
+int VeskStrICmp(const char* a, const char* b);
+// The same over at most `n` bytes; `n` 0 gives 0 and reads nothing.
+int VeskStrNICmp(const char* a, const char* b, unsigned long n);
+// False when either is null; otherwise byte-exact or case-insensitive.
+bool VarStrEqual(const char* a, const char* b, bool caseSensitive);
+// Character searches test each byte as a signed 8-bit value against `c`, so
+// a byte of 0x80 or more is found as -128 to -1 and an argument of 128 to
+// 255 never matches. The terminator never matches: `c` 0 finds nothing.
+// `s` may not be null.
+const char* VeskStrChr(const char* s, int c);
+long VeskStrChrIndex(const char* s, int c);
+const char* VeskStrRChr(const char* s, int c);
+// The first occurrence of `needle` in `haystack`. A null or empty needle
+// gives `haystack` itself, null included, without reading it.
+const char* VeskStrStr(const char* haystack, const char* needle);
+const char* VeskStrCaseStr(const char* haystack, const char* needle);
+// The offset of VeskStrStr's match, or kVeskStrNotFound for null.
+long VeskStrStrIndex(const char* haystack, const char* needle);
+
+// -- Prefix and whitespace stripping --
+// A pointer just after `prefix` at the start of `text`, or null when it is
+// not there or either is null. The case-insensitive forms match 'a' to 'z'
+// with 'A' to 'Z' only. In 16-bit text each unit is compared with the
+// prefix byte read unsigned, so a unit above 0xFF matches no prefix byte.
+const char* StripPrefix(const char* text, const char* prefix);
+const unsigned short* StripPrefix(const unsigned short* text,
+                                  const char* prefix);
+const char* StripPrefixCaseSensitive(const char* text, const char* prefix);
+const unsigned short* StripPrefixCaseSensitive(const unsigned short* text,
+                                               const char* prefix);
+// Steps over tab, line feed, vertical tab, form feed, carriage return and
+// space, whatever locale the process has set. Null gives null.
+const char* StripWhitespace(const char* text);
+// StripPrefix(StripWhitespace(text), scheme).
+const char* StripScheme(const char* text, const char* scheme);
+// Steps over one or two leading '/'. Null gives null.
+const char* StripAtMostTwoSlashes(const char* text);
+
+// -- Number parsing and hex digits --
+// The value of a hex digit of either case, or -1.
+int ParseHexChar(char c);
+bool IsHexChar(char c);
+// Decodes a pair of hex digits, high first. Returns how many leading
+// characters of the pair are digits (0, 1 or 2) and writes the byte to
+// *out only when it returns 2.
+int ParseHexCouple(char hi, char lo, char* out);
+// Decimal readers: an optional leading '-', then digits up to the first
+// non-digit. No '+', no whitespace. Null or no digits give 0; too many
+// digits wrap around in the width of the result. The counted forms look
+// at no more than `n` elements, the '-' included.
+int ToInt(const char* text);
+int ToInt(const char* text, unsigned long n);
+int ToInt(const unsigned short* text);
+long long ToInt64(const char* text);
+long long ToInt64(const char* text, unsigned long n);
+// As ToInt64, without a sign: a leading '-' gives 0.
+unsigned long long ToUInt64(const char* text);
+
+// -- Heap texts --
+// Each result is a host heap block owned by the caller, who releases it
+// with Pelgc::SystemDelete. Sizes are exact; a size of 2^32 - 1 or more is
+// reported as too large, and null comes back when the heap gives nothing.
+// A bare 0 or nullptr is ambiguous among the CreateStr forms: pass a typed
+// pointer or an unsigned long count.
+
+// A copy of `text`; null gives null.
+char* CreateStr(const char* text);
+// An empty text in a block of n + 1 bytes. The largest n wraps that size
+// to 0 and gives null without a request.
+char* CreateStr(unsigned long n);
+// Exactly the first `n` bytes of `text`, NULs included, and a NUL. `text`
+// must have `n` readable bytes; null gives null.
+char* CreateStr(const char* text, unsigned long n);
+// The UTF-8 form of a script VM string; null gives an empty text.
+char* CreateStr(marlo::String* string);
+// `a` followed by `b`; null when either is null.
+char* ConcatStr(const char* a, const char* b);
+// `value` in decimal, in a block of 21 bytes; null when the heap gives
+// nothing.
+char* U64ToChar(unsigned long long value);
+
 #endif  // VESK_CORE_VESKSTRING_H

@@ -1,5 +1,6 @@
 // The typical road of a caller: hold a URL in a VeskString, append to it
-// (formatted appends included), slice it, compare it, and release everything.
+// (formatted appends included), slice it, compare it, take a typed link
+// apart, and release everything.
 #include <cstdio>
 
 #include "core/veskstring.h"
@@ -41,6 +42,19 @@ int main() {
 
     VeskString path = url.SubString(18, -1);  // -1: up to the last byte
     Show("path and query", path);
+
+    // A link as a user typed it: step over blanks, scheme and slashes, then
+    // read the port after the host.
+    const char* typed = "  HTTP://example.com:8080/intro";
+    const char* rest = StripAtMostTwoSlashes(StripScheme(typed, "http:"));
+    const char* colon = rest != nullptr ? VeskStrChr(rest, ':') : nullptr;
+    if (colon != nullptr) {
+      const auto hostLength = static_cast<unsigned long>(colon - rest);
+      char* hostName = CreateStr(rest, hostLength);
+      std::printf("typed link:            host \"%s\", port %d\n",
+                  hostName != nullptr ? hostName : "", ToInt(colon + 1));
+      if (hostName != nullptr) Pelgc::SystemDelete(hostName);
+    }
   }
   const unsigned long leaked = Pelgc::GetHeapStats().live - liveAtStart;
   std::printf("heap blocks still live: %lu\n", leaked);

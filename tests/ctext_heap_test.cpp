@@ -1,0 +1,125 @@
+// Heap texts: exact sizes, the size guard, and null or throwing heaps.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+#include <iterator>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "core/veskstring.h"
+#include "guarded_text.h"
+#include "host/memory_manager.h"
+#include "host/vm_string.h"
+#include "test_support.h"
+
+namespace {
+
+using Pelgc::HeapFault;
+using vesk_test::Guarded8;
+using vesk_test::RequestCounter;
+using vesk_test::ScopedHeapFault;
+
+// Checks that `make` hands out one block, whose last request was for
+// `size` bytes, holding `bytes` and a NUL; then releases it.
+void ExpectHeapText(const std::function<char*()>& make,
+                    const std::string& bytes, unsigned long size) {
+  const unsigned long live = Pelgc::GetHeapStats().live;
+  char* text = make();
+  EXPECT_EQ(Pelgc::GetHeapStats().live, live + 1) << bytes;
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, size) << bytes;
+  EXPECT_EQ(Pelgc::GetHeapStats().lastOpts, Pelgc::kMayReturnNull);
+  ASSERT_NE(text, nullptr) << bytes;
+  EXPECT_EQ(std::string(text, bytes.size() + 1), bytes + '\0');
+  Pelgc::SystemDelete(text);
+}
+
+TEST(CTextHeap, CopiesHaveExactSizes) {
+  // `counted`: the first `n` bytes, read from a text that ends there.
+  struct Case { std::string text; unsigned long n; std::string counted; };
+  const std::string nul("a\0b", 3);
+  const Case cases[] = {{"", 0, ""}, {"abcdef", 3, "abc"}, {nul, 3, nul},
+                        {"\xE9z", 2, "\xE9z"}, {"abc", 0, ""}};
+  for (const Case& c : cases) {
+    Guarded8 text(c.text);
+    auto first = Guarded8::Counted(c.text, c.n);
+    const std::string whole = c.text.c_str();
+    ExpectHeapText([&] { return CreateStr(text.get()); }, whole,
+                   whole.size() + 1);
+    ExpectHeapText([&] { return CreateStr(first.get(), c.n); }, c.counted,
+                   c.n + 1);
+    ExpectHeapText([&] { return CreateStr(c.n); }, "", c.n + 1);
+  }
+}
+
+TEST(CTextHeap, ConcatAndDecimal) {
+  for (const char* b : {"", "cd"}) {
+    for (const char* a : {"", "ab"}) {
+      Guarded8 ga(a), gb(b);
+      const std::string joined = std::string(a) + b;
+      ExpectHeapText([&] { return ConcatStr(ga.get(), gb.get()); }, joined,
+                     joined.size() + 1);
+    }
+  }
+  struct Case { unsigned long long value; const char* text; };
+  const Case cases[] = {{0, "0"}, {7, "7"}, {10, "10"},
+                        {1234567890, "1234567890"},
+                        {ULLONG_MAX, "18446744073709551615"}};
+  for (const Case& c : cases) {
+    ExpectHeapText([&] { return U64ToChar(c.value); }, c.text, 21);
+  }
+}
+
+TEST(CTextHeap, ScriptStringsCopyTheirUtf8View) {
+  const std::string utf8 = "h\xC3\xA9llo \xF0\x9F\x98\x80";
+  marlo::String empty(""), text(utf8.c_str());
+  // The view's own block is released: one block stays live.
+  const std::pair<marlo::String*, std::string> cases[] = {
+      {nullptr, ""}, {&empty, ""}, {&text, utf8}};
+  for (const auto& [string, bytes] : cases) {
+    marlo::String* s = string;
+    ExpectHeapText([s] { return CreateStr(s); }, bytes, bytes.size() + 1);
+  }
+}
+
+TEST(CTextHeap, SizeGuardAndNullArguments) {
+  const char* none = nullptr;
+  auto unreadable = Guarded8::Counted("x", 0);
+  RequestCounter counter;
+  EXPECT_EQ(CreateStr(none), nullptr);
+  EXPECT_EQ(CreateStr(none, 5), nullptr);
+  EXPECT_EQ(ConcatStr(none, unreadable.get()), nullptr);
+  EXPECT_EQ(ConcatStr(unreadable.get(), none), nullptr);
+  EXPECT_EQ(CreateStr(ULONG_MAX), nullptr);  // n + 1 wraps to 0
+  EXPECT_EQ(CreateStr(unreadable.get(), ULONG_MAX), nullptr);
+  EXPECT_THROW(CreateStr(4294967294UL), Pelgc::ObjectTooLargeError);
+  EXPECT_THROW(CreateStr(unreadable.get(), 4294967294UL),
+               Pelgc::ObjectTooLargeError);
+  EXPECT_EQ(counter.Requests(), 0u);
+  // The largest count that is passed on; the heap's null comes back.
+  ScopedHeapFault fault(0, HeapFault::kReturnNull);
+  EXPECT_EQ(CreateStr(4294967293UL), nullptr);
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 4294967294UL);
+}
+
+TEST(CTextHeap, HeapFailuresPassThrough) {
+  marlo::String script("abc");
+  // Each call, with the number of requests made before its own.
+  const std::pair<std::function<char*()>, unsigned long> calls[] = {
+      {[] { return CreateStr("abc"); }, 0}, {[] { return CreateStr(3UL); }, 0},
+      {[] { return CreateStr("abc", 2); }, 0},
+      {[] { return ConcatStr("a", "b"); }, 0}, {[] { return U64ToChar(9); }, 0},
+      {[&script] { return CreateStr(&script); }, 1}};  // the view's first
+  for (std::size_t i = 0; i < std::size(calls); ++i) {
+    const auto& [call, skip] = calls[i];
+    {
+      ScopedHeapFault fault(skip, HeapFault::kReturnNull);
+      EXPECT_EQ(call(), nullptr) << i;
+    }
+    ScopedHeapFault fault(skip, HeapFault::kThrowBadAlloc);
+    EXPECT_THROW(call(), std::bad_alloc);
+  }
+}
+
+}  // namespace
