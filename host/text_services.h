@@ -1,5 +1,5 @@
-// Host text services: number-to-text conversion and the NaN value. Later
-// the host code page and its conversion join them here.
+// Host text services: the host code page and its conversions, the
+// character-width rule, number-to-text conversion and the NaN value.
 #ifndef VESK_HOST_TEXT_SERVICES_H
 #define VESK_HOST_TEXT_SERVICES_H
 
@@ -12,5 +12,24 @@ double VeskNaN();
 // 1e-6 <= |value| < 1e21 and as "1.5e-7" or "1e+21" outside; "NaN",
 // "Infinity", "-Infinity", and "0" for both zeros.
 char* ConvertDoubleToString(double value);
+
+// ---- The host code page ----------------------------------------------------
+// One process-wide setting: "windows-1252" (the default), "shift_jis" (the
+// Windows Japanese code page), "gbk", "big5", "euc-kr" (their Windows code
+// pages) or "utf-8". An unknown or null name returns false and changes
+// nothing.
+bool SetHostCodePage(const char* name);
+const char* HostCodePage();
+
+// `utf8` in the host code page as a host heap text (option 1), characters
+// the code page cannot hold as '?'. Null for a null text, for text that is
+// not valid UTF-8 (the caller then uses the raw bytes), and when the heap
+// gives no block. The module always passes true for `terminate`; the text
+// returned is NUL-terminated either way.
+char* CreateMBCSFromUTF8(const char* utf8, bool terminate);
+
+// The byte count of the code-page character that begins with `lead`: 1 in
+// single-byte code pages and for bytes that lead no longer character.
+int PlayerBytesInChar(unsigned char lead);
 
 #endif  // VESK_HOST_TEXT_SERVICES_H

@@ -56,6 +56,22 @@ std::size_t DecodeUtf8(const unsigned char* p, const unsigned char* end,
   return taken;
 }
 
+bool IsValidUtf8(const char* text, std::size_t length) {
+  const auto* p = reinterpret_cast<const unsigned char*>(text);
+  const unsigned char* end = p + length;
+  while (p < end) {
+    char32_t code;
+    const std::size_t taken = DecodeUtf8(p, end, &code);
+    // U+FFFD itself is well-formed: three bytes EF BF BD.
+    if (code == kReplacement && taken != 3) return false;
+    if (code == kReplacement && (p[0] != 0xEF || p[1] != 0xBF || p[2] != 0xBD)) {
+      return false;
+    }
+    p += taken;
+  }
+  return true;
+}
+
 void AppendUtf16(char32_t code, std::basic_string<unsigned short>* out) {
   if (code < 0x10000) {
     out->push_back(static_cast<unsigned short>(code));

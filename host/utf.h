@@ -15,6 +15,9 @@ constexpr char32_t kReplacement = 0xFFFD;
 std::size_t DecodeUtf8(const unsigned char* p, const unsigned char* end,
                        char32_t* code);
 
+// True when [text, text + length) is well-formed UTF-8.
+bool IsValidUtf8(const char* text, std::size_t length);
+
 // Appends `code` as UTF-16 units.
 void AppendUtf16(char32_t code, std::basic_string<unsigned short>* out);
 
@@ -27,6 +30,11 @@ std::basic_string<unsigned short> Utf8ToUtf16(const char* text,
 // `out` first to size the buffer.
 std::size_t Utf16ToUtf8(const unsigned short* units, std::size_t count,
                         char* out);
+
+// Decodes text in the host code page to UTF-16 units, ill-formed or
+// truncated sequences as U+FFFD.
+std::basic_string<unsigned short> CodePageToUtf16(const char* text,
+                                                  std::size_t length);
 
 }  // namespace vesk_host
 

@@ -35,3 +35,11 @@ StUTF8String::~StUTF8String() {
 }
 
 }  // namespace marlo
+
+VeskString16::VeskString16(CorePlayer* /*player*/, const char* text,
+                           int version) {
+  if (text == nullptr) return;
+  const std::size_t length = std::strlen(text);
+  m_rep.m_units = version >= 6 ? vesk_host::Utf8ToUtf16(text, length)
+                               : vesk_host::CodePageToUtf16(text, length);
+}

@@ -44,4 +44,29 @@ class StUTF8String {
 
 }  // namespace marlo
 
+class CorePlayer;
+
+// The units of a 16-bit string.
+class StringRep16 {
+ public:
+  const unsigned short* String() const { return m_units.data(); }
+  int Length() const { return static_cast<int>(m_units.size()); }
+
+ private:
+  friend class VeskString16;
+  std::basic_string<unsigned short> m_units;
+};
+
+// 8-bit text as 16-bit units: UTF-8 for content of version 6 and above, the
+// host code page below; ill-formed sequences become U+FFFD and a null text
+// gives length 0. A real host collects it; here it lives in its scope.
+class VeskString16 {
+ public:
+  VeskString16(CorePlayer* player, const char* text, int version);
+  const StringRep16* Rep() const { return &m_rep; }
+
+ private:
+  StringRep16 m_rep;
+};
+
 #endif  // VESK_HOST_VM_STRING_H

@@ -1,0 +1,174 @@
+// The default host's code page: a process-wide choice among a few Windows
+// code pages and UTF-8, converted with the C library's iconv.
+#include <iconv.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include "memory_manager.h"
+#include "text_services.h"
+#include "utf.h"
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "16-bit units are decoded as UTF-16LE");
+
+namespace {
+
+struct CodePage {
+  const char* name;       // the host's name for it
+  const char* iconvName;  // the C library's name for it
+  // Lead bytes of two-byte characters: [first1, last1] and [first2, last2].
+  unsigned char first1, last1, first2, last2;
+  bool utf8;
+};
+
+constexpr CodePage kCodePages[] = {
+    {"windows-1252", "CP1252", 1, 0, 1, 0, false},
+    {"shift_jis", "CP932", 0x81, 0x9F, 0xE0, 0xFC, false},
+    {"gbk", "CP936", 0x81, 0xFE, 1, 0, false},
+    {"big5", "CP950", 0x81, 0xFE, 1, 0, false},
+    {"euc-kr", "CP949", 0x81, 0xFE, 1, 0, false},
+    {"utf-8", "UTF-8", 1, 0, 1, 0, true},
+};
+
+std::atomic<const CodePage*> g_codePage{&kCodePages[0]};
+
+// One pair of converters per thread for the current code page, opened on
+// first use: opening one costs far more than a short conversion.
+class Converters {
+ public:
+  ~Converters() { Close(); }
+  iconv_t ToPage(const CodePage* page) { return Get(page).first; }
+  iconv_t FromPage(const CodePage* page) { return Get(page).second; }
+
+ private:
+  std::pair<iconv_t, iconv_t> Get(const CodePage* page) {
+    if (page != m_page) {
+      Close();
+      m_toPage = iconv_open(page->iconvName, "UTF-8");
+      m_fromPage = iconv_open("UTF-16LE", page->iconvName);
+      m_page = page;
+    }
+    iconv(m_toPage, nullptr, nullptr, nullptr, nullptr);  // reset shift state
+    iconv(m_fromPage, nullptr, nullptr, nullptr, nullptr);
+    return {m_toPage, m_fromPage};
+  }
+  void Close() {
+    if (m_toPage != kNone) iconv_close(m_toPage);
+    if (m_fromPage != kNone) iconv_close(m_fromPage);
+    m_toPage = m_fromPage = kNone;
+    m_page = nullptr;
+  }
+
+  static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
+  const CodePage* m_page = nullptr;
+  iconv_t m_toPage = kNone;
+  iconv_t m_fromPage = kNone;
+};
+
+thread_local Converters t_converters;
+
+// Converts valid UTF-8 into `out`, which has room for `length` bytes (no
+// supported page needs more bytes for a character than UTF-8 does).
+// Characters the page cannot hold become '?'. Returns the bytes written.
+std::size_t ConvertToPage(const CodePage* page, const char* utf8,
+                          std::size_t length, char* out) {
+  iconv_t cd = t_converters.ToPage(page);
+  char* in = const_cast<char*>(utf8);
+  char* const start = out;
+  std::size_t inLeft = length;
+  std::size_t outLeft = length;
+  while (inLeft > 0) {
+    if (iconv(cd, &in, &inLeft, &out, &outLeft) != static_cast<size_t>(-1) ||
+        errno != EILSEQ) {
+      break;  // done, or a converter that could not be opened
+    }
+    // Only an unrepresentable character can stop valid input here.
+    char32_t code;
+    const auto* p = reinterpret_cast<const unsigned char*>(in);
+    const std::size_t width = vesk_host::DecodeUtf8(p, p + inLeft, &code);
+    *out++ = '?';
+    --outLeft;
+    in += width;
+    inLeft -= width;
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+}  // namespace
+
+bool SetHostCodePage(const char* name) {
+  if (name == nullptr) return false;
+  for (const CodePage& page : kCodePages) {
+    if (std::strcmp(page.name, name) == 0) {
+      g_codePage.store(&page);
+      return true;
+    }
+  }
+  return false;
+}
+
+const char* HostCodePage() { return g_codePage.load()->name; }
+
+char* CreateMBCSFromUTF8(const char* utf8, bool /*terminate*/) {
+  if (utf8 == nullptr) return nullptr;
+  const std::size_t length = std::strlen(utf8);
+  if (!vesk_host::IsValidUtf8(utf8, length)) return nullptr;
+  auto* text =
+      static_cast<char*>(Pelgc::SystemNew(length + 1, Pelgc::kMayReturnNull));
+  if (text == nullptr) return nullptr;
+  const CodePage* page = g_codePage.load();
+  std::size_t written = length;
+  if (page->utf8) {
+    std::memcpy(text, utf8, length);
+  } else {
+    written = ConvertToPage(page, utf8, length, text);
+  }
+  text[written] = '\0';
+  return text;
+}
+
+int PlayerBytesInChar(unsigned char lead) {
+  const CodePage* page = g_codePage.load();
+  if (page->utf8) {
+    return lead >= 0xC2 && lead <= 0xDF   ? 2
+           : lead >= 0xE0 && lead <= 0xEF ? 3
+           : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                          : 1;
+  }
+  const bool leads = (lead >= page->first1 && lead <= page->last1) ||
+                     (lead >= page->first2 && lead <= page->last2);
+  return leads ? 2 : 1;
+}
+
+namespace vesk_host {
+
+std::basic_string<unsigned short> CodePageToUtf16(const char* text,
+                                                  std::size_t length) {
+  const CodePage* page = g_codePage.load();
+  if (page->utf8) return Utf8ToUtf16(text, length);
+  // Every supported page takes at least one byte per 16-bit unit.
+  std::basic_string<unsigned short> units(length, 0);
+  iconv_t cd = t_converters.FromPage(page);
+  char* in = const_cast<char*>(text);
+  std::size_t inLeft = length;
+  char* out = reinterpret_cast<char*>(&units[0]);
+  std::size_t outLeft = length * 2;
+  while (inLeft > 0 &&
+         iconv(cd, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1) &&
+         (errno == EILSEQ || errno == EINVAL)) {
+    // An ill-formed byte, or a character cut short at the end.
+    const std::size_t skip = errno == EINVAL ? inLeft : 1;
+    const unsigned short replacement = kReplacement;
+    std::memcpy(out, &replacement, 2);
+    out += 2;
+    outLeft -= 2;
+    in += skip;
+    inLeft -= skip;
+  }
+  units.resize(length - outLeft / 2);
+  return units;
+}
+
+}  // namespace vesk_host
