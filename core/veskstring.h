@@ -17,6 +17,14 @@ static_assert(sizeof(void*) == 8, "pointers must be 64-bit");
 namespace marlo {
 class String;
 }
+namespace Pelgc {
+namespace GCAPI {
+template <class T>
+class GCRef;
+}
+}  // namespace Pelgc
+class CorePlayer;
+class ScriptObject;
 
 // Case tables: a byte c folds as c ^ table[(unsigned char)c]. Only ASCII
 // letters change.
@@ -134,6 +142,35 @@ class VeskString {
   // A one-character string of the low byte of `code` truncated to int; a
   // zero byte gives the shared empty state.
   static VeskString CharFromCode(double code);
+
+  // ---- Percent-encoding ----
+  // Appends `text` form-encoded: ASCII letters and digits as they are, a
+  // space as '+' when `plusForSpace`, every other byte as %XX. Text of
+  // `version` 6 and above goes to the host code page first when
+  // `convertToCodePage`. A null text appends nothing.
+  void EncodeString(const char* text, int version, bool plusForSpace,
+                    bool convertToCodePage);
+  // Appends `text` with only its bytes 0x80 to 0xFF as %XX; text of
+  // `version` 6 and above goes to the host code page first.
+  void EncodeStringHighAscii(const char* text, int version);
+  // Escaped heap copies of the text up to its first NUL, for the caller to
+  // release with Pelgc::SystemDelete; null for an empty string or when the
+  // heap gives no block. Multibyte code-page characters are escaped byte by
+  // byte; single bytes by the rule of each:
+  //   strict: keeps letters, digits, '-' and '.'; otherwise keeps all.
+  char* CreateEscapedCStr(bool strict) const;
+  //   keeps 0x01 to 0x7F.
+  char* CreateUpper128ASCIIEscapedCStr() const;
+  //   keeps letters, digits and !"#$%&'()*+,-./:;=?@[]_~
+  char* CreateEncodedUrl() const;
+  // Appends the object's variables as form-encoded name=value pairs, '?'
+  // before the first (nothing with `noQuestionMark`) unless the text holds
+  // '=', '&' or '?' already, then '&' between. Variables whose name starts
+  // with '$', whose flags have bit 0x0001, or whose name or value the host
+  // cannot give are left out.
+  void EncodeVariables(CorePlayer* player,
+                       Pelgc::GCAPI::GCRef<ScriptObject> object, int version,
+                       bool noQuestionMark);
 
  private:
   // Makes room for `required` + 1 bytes; false when the heap gives none.
