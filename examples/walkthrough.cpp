@@ -5,6 +5,7 @@
 
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
+#include "host/object_model.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ void Show(const char* label, const VeskString& s) {
 int main() {
   const unsigned long liveAtStart = Pelgc::GetHeapStats().live;
   {
-    VeskString url("http://example.com/player");
+    VeskString url("http://example.com/my player");
     Show("built", url);
 
     url.AppendChar('?');
@@ -30,6 +31,22 @@ int main() {
 
     url.AppendFormat("&lang=%s&retry=%d", "en", 3);  // a text and an int
     Show("formatted", url);
+
+    // A script object's variables, form-encoded after the '&' they need.
+    CorePlayer player;
+    auto form = ScriptObject::Create();
+    form->SetVariable("user", ScriptAtom::FromString("Ann Lee"));
+    form->SetVariable("score", ScriptAtom::FromNumber(97.5));
+    form->SetVariable("$internal", ScriptAtom::FromBool(true));  // left out
+    url.EncodeVariables(&player, form, 6, false);
+    Show("with variables", url);
+
+    // An escaped heap copy for the network layer, released by its receiver.
+    char* request = url.CreateEncodedUrl();
+    if (request != nullptr) {
+      std::printf("%-22s \"%s\"\n", "escaped copy", request);
+      Pelgc::SystemDelete(request);
+    }
 
     VeskString host = url.SubString(7, 17);  // both ends included
     Show("host slice", host);
