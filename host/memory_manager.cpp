@@ -33,6 +33,7 @@ struct FaultPlan {
 };
 
 std::atomic<ReleaseObserver> g_releaseObserver{nullptr};
+std::atomic<RequestObserver> g_requestObserver{nullptr};
 std::atomic<bool> g_faultArmed{false};
 std::mutex g_mutex;  // guards g_plan and g_blocks
 FaultPlan g_plan;
@@ -84,6 +85,7 @@ void* SystemNew(unsigned long size, FixedMallocOpts opts) {
   g_requests.fetch_add(1, std::memory_order_relaxed);
   g_lastSize.store(size, std::memory_order_relaxed);
   g_lastOpts.store(opts, std::memory_order_relaxed);
+  if (RequestObserver observe = g_requestObserver.load()) observe(size, opts);
 
   void* block = nullptr;
   HeapFault fault;
@@ -149,6 +151,10 @@ bool HeapChecksEnabled() { return kCheckPointers; }
 
 void SetReleaseObserver(ReleaseObserver observer) {
   g_releaseObserver.store(observer);
+}
+
+void SetRequestObserver(RequestObserver observer) {
+  g_requestObserver.store(observer);
 }
 
 void InjectHeapFault(unsigned long skip, HeapFault fault, bool persistent) {

@@ -71,6 +71,13 @@ bool HeapChecksEnabled();
 using ReleaseObserver = void (*)(const void* block);
 void SetReleaseObserver(ReleaseObserver observer);
 
+// Called by SystemNew with the size and options of each request, failed
+// ones included, before it is served: a request log for tests and fuzzers
+// that compare the requests with a model. Null removes it. The observer
+// must not throw and must not call SystemNew.
+using RequestObserver = void (*)(unsigned long size, FixedMallocOpts opts);
+void SetRequestObserver(RequestObserver observer);
+
 // ---- Default host: fault injection -----------------------------------------
 
 enum class HeapFault {

@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
-# Installs what the build and the tests need, from Debian's packages, when
-# any of it is missing. Needs root (or sudo) only when it has to install.
+# Installs what the build, the tests and their checkers need, from Debian's
+# packages, when any of it is missing. Needs root (or sudo) only when it
+# has to install.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ clang libgtest-dev pkg-config)
+# libclang-rt-14-dev: clang 14's sanitizer and libFuzzer runtimes.
+packages=(cmake ninja-build g++ clang libgtest-dev pkg-config libclang-rt-14-dev
+  valgrind)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed" ||

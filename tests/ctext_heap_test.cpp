@@ -103,23 +103,4 @@ TEST(CTextHeap, SizeGuardAndNullArguments) {
   EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 4294967294UL);
 }
 
-TEST(CTextHeap, HeapFailuresPassThrough) {
-  marlo::String script("abc");
-  // Each call, with the number of requests made before its own.
-  const std::pair<std::function<char*()>, unsigned long> calls[] = {
-      {[] { return CreateStr("abc"); }, 0}, {[] { return CreateStr(3UL); }, 0},
-      {[] { return CreateStr("abc", 2); }, 0},
-      {[] { return ConcatStr("a", "b"); }, 0}, {[] { return U64ToChar(9); }, 0},
-      {[&script] { return CreateStr(&script); }, 1}};  // the view's first
-  for (std::size_t i = 0; i < std::size(calls); ++i) {
-    const auto& [call, skip] = calls[i];
-    {
-      ScopedHeapFault fault(skip, HeapFault::kReturnNull);
-      EXPECT_EQ(call(), nullptr) << i;
-    }
-    ScopedHeapFault fault(skip, HeapFault::kThrowBadAlloc);
-    EXPECT_THROW(call(), std::bad_alloc);
-  }
-}
-
 }  // namespace

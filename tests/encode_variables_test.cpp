@@ -107,17 +107,4 @@ TEST(EncodeVariablesTest, ConvertsToTheCodePageWhenThePlayerSaysSo) {
   EXPECT_EQ(Encode("", vars, true, &player, 5), "%C3%A9=%C3%A9");
 }
 
-TEST(EncodeVariablesTest, FailingHeapLeaksNothing) {
-  auto object = ObjectOf({{"name one", Str(std::string(300, 'v').c_str())},
-                          {"$skip", Num(1)},
-                          {"n2", Num(2.5)}});
-  CorePlayer player;
-  player.convertToCodePage = true;
-  vesk_test::SweepHeapFaults([&] {
-    VeskString s("/path");
-    s.EncodeVariables(&player, object, 6, false);
-    vesk_test::ExpectValidState(s);
-  });
-}
-
 }  // namespace

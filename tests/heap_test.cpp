@@ -1,5 +1,7 @@
 // The default host heap: accounting, fault injection and pointer checks.
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "test_support.h"
 
@@ -22,6 +24,25 @@ TEST(HeapTest, AccountsRequestsAndReleases) {
   const Pelgc::HeapStats after = Pelgc::GetHeapStats();
   EXPECT_EQ(after.releases - before.releases, 2u);
   EXPECT_EQ(after.live, before.live);
+}
+
+std::vector<std::pair<unsigned long, Pelgc::FixedMallocOpts>> g_seen;
+
+TEST(HeapTest, RequestObserverSeesEveryRequestFailedOnesIncluded) {
+  g_seen.clear();
+  Pelgc::SetRequestObserver([](unsigned long size, Pelgc::FixedMallocOpts o) {
+    g_seen.emplace_back(size, o);
+  });
+  Pelgc::SystemDelete(Pelgc::SystemNew(7, Pelgc::kNeverNull));
+  {
+    ScopedHeapFault fault(0, HeapFault::kReturnNull);
+    EXPECT_EQ(Pelgc::SystemNew(9, Pelgc::kMayReturnNull), nullptr);
+  }
+  Pelgc::SetRequestObserver(nullptr);
+  Pelgc::SystemDelete(Pelgc::SystemNew(11, Pelgc::kNeverNull));
+  const decltype(g_seen) expected = {{7, Pelgc::kNeverNull},
+                                     {9, Pelgc::kMayReturnNull}};
+  EXPECT_EQ(g_seen, expected);
 }
 
 struct FaultCase {

@@ -1,7 +1,6 @@
 // Form encoding and the escaped heap copies.
 #include <cstdio>
 #include <functional>
-#include <random>
 #include <string>
 
 #include "test_support.h"
@@ -164,55 +163,6 @@ TEST(EscapedCopyTest, MultibyteCharactersAreEscapedByteByByte) {
     EXPECT_EQ(Copy(copier, "a\x83\x5C" "b"), "a%83%5Cb");
     EXPECT_EQ(Copy(copier, "\x83"), "%83");  // cut short by the NUL
   }
-}
-
-std::string PercentDecode(const std::string& text, bool plusIsSpace) {
-  std::string bytes;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size()) {
-      bytes += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
-      i += 2;
-    } else {
-      bytes += plusIsSpace && text[i] == '+' ? ' ' : text[i];
-    }
-  }
-  return bytes;
-}
-
-TEST(RoundTripTest, DecodingTheOutputGivesTheInputBack) {
-  std::mt19937 random(20261122);
-  std::uniform_int_distribution<int> byte(1, 255), length(0, 40);
-  for (const char* codePage : {"windows-1252", "shift_jis"}) {
-    ScopedCodePage page(codePage);
-    for (int i = 0; i < 2000; ++i) {
-      std::string text;
-      for (int n = length(random); n > 0; --n) text += static_cast<char>(byte(random));
-      EXPECT_EQ(PercentDecode(FormEncode(text, true), true), text);
-      if (text.empty()) continue;
-      EXPECT_EQ(PercentDecode(Copy(Strict, text), false), text);
-      if (text.find('%') == std::string::npos) {
-        EXPECT_EQ(PercentDecode(Copy(Url, text), false), text);
-      }
-    }
-  }
-}
-
-TEST(EncodingFaultTest, NoLeakAndCopiesStayWhole) {
-  ScopedCodePage page("shift_jis");
-  const std::string text = std::string(300, 'x') + "\xE6\x97\xA5 \x83\x5C";
-  VeskString source(text.c_str());
-  for (Copier copier : {Strict, Lenient, Upper128, Url}) {
-    vesk_test::SweepHeapFaults([&] {
-      Take(copier(source));
-      EXPECT_EQ(Bytes(source), text);  // the source never changes
-    });
-  }
-  vesk_test::SweepHeapFaults([&] {
-    VeskString target;
-    target.EncodeString(text.c_str(), 6, true, true);
-    target.EncodeStringHighAscii(text.c_str(), 6);
-    vesk_test::ExpectValidState(target);
-  });
 }
 
 }  // namespace

@@ -158,17 +158,6 @@ TEST(AppendTest, FailedGrowthDropsOnlyWhatItWasFor) {
   EXPECT_EQ(s.Capacity(), capacity);
 }
 
-TEST(AppendTest, BadAllocPassesAndLeavesTheStringUnchanged) {
-  VeskString s("abc");
-  const char* buffer = s.Text();
-  ScopedHeapFault fault(0, HeapFault::kThrowBadAlloc, true);
-  EXPECT_THROW(s.AppendChar('d'), std::bad_alloc);
-  EXPECT_THROW(s.AppendString("def"), std::bad_alloc);
-  EXPECT_EQ(Bytes(s), "abc");
-  EXPECT_EQ(s.Text(), buffer);
-  EXPECT_EQ(s.Capacity(), 4);
-}
-
 struct ShortenCase {
   const char* name;
   std::string text;

@@ -74,21 +74,6 @@ TEST(AppendNDigitsTest, ZerosStandBeforeTheSign) {
   }
 }
 
-// A host exception after the first request: the temporary (AppendNDigits)
-// or the host text (AppendDouble) is already held and must be released.
-TEST(FormattedAppendTest, HeldBlocksAreReleasedWhenTheHostThrows) {
-  VeskString s("ab");  // full: the first byte appended grows it
-  const unsigned long live = Pelgc::GetHeapStats().live;
-  {
-    ScopedHeapFault fault(1, HeapFault::kThrowBadAlloc);
-    EXPECT_THROW(s.AppendNDigits(7, 4), std::bad_alloc);
-  }
-  ScopedHeapFault fault(1, HeapFault::kThrowBadAlloc);
-  EXPECT_THROW(s.AppendDouble(1.5), std::bad_alloc);
-  EXPECT_EQ(Bytes(s), "ab");
-  EXPECT_EQ(Pelgc::GetHeapStats().live, live);
-}
-
 TEST(FormattedAppendTest, NullDoubleTextAppendsAndReleasesNothing) {
   VeskString s;
   vesk_test::RequestCounter counter;

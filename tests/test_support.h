@@ -74,16 +74,69 @@ class ScopedHeapFault {
   ScopedHeapFault& operator=(const ScopedHeapFault&) = delete;
 };
 
-// Runs `operation` once to count its heap requests, then again with each
-// request failing in turn: once returning null and once throwing, failing
-// only that request and failing every one from it on. `operation` makes its
-// own strings, checks them at its end (reached when nothing was thrown) and
-// releases whatever it is handed: every run must leave the heap's live
-// blocks as it found them.
-inline void SweepHeapFaults(const std::function<void()>& operation) {
-  RequestCounter counter;
-  operation();
-  const unsigned long requests = counter.Requests();
+// Totals over every sweep that a test process runs, for a summary.
+struct SweepTotals {
+  unsigned long sweeps = 0;  // operations swept, each on one input
+  unsigned long faults = 0;  // runs with a failing request
+  unsigned long leaks = 0;   // runs that left a block live
+};
+inline SweepTotals& Totals() {
+  static SweepTotals totals;
+  return totals;
+}
+
+// The call under test of one sweep run. Calling it runs `call` with the
+// run's fault armed (none in the counting run, which also counts the
+// requests) and tells whether std::bad_alloc passed out of it.
+class FaultedRun {
+ public:
+  FaultedRun() = default;
+  FaultedRun(unsigned long k, Pelgc::HeapFault fault, bool persistent)
+      : m_armed(true), m_k(k), m_fault(fault), m_persistent(persistent) {}
+
+  bool operator()(const std::function<void()>& call) const {
+    RequestCounter counter;
+    if (!m_armed) {
+      call();
+    } else {
+      try {
+        ScopedHeapFault scoped(m_k, m_fault, m_persistent);
+        call();
+      } catch (const std::bad_alloc&) {
+        m_threw = true;
+      }
+    }
+    m_requests += counter.Requests();
+    return m_threw;
+  }
+
+  bool Armed() const { return m_armed; }
+  unsigned long Failing() const { return m_k; }  // 0 for the first request
+  bool Persistent() const { return m_persistent; }
+  bool Threw() const { return m_threw; }
+  unsigned long Requests() const { return m_requests; }
+
+ private:
+  bool m_armed = false;
+  unsigned long m_k = 0;
+  Pelgc::HeapFault m_fault = Pelgc::HeapFault::kReturnNull;
+  bool m_persistent = false;
+  mutable bool m_threw = false;
+  mutable unsigned long m_requests = 0;
+};
+
+// Runs `operation` once to count the requests of its call under test, then
+// again with each of them failing in turn: once returning null and once
+// throwing, failing only that request and failing every one from it on.
+// `operation` makes its own strings, passes the call under test to the
+// FaultedRun, checks what is left and releases whatever it was handed:
+// every run must leave the heap's live blocks as it found them.
+inline void SweepHeapFaults(
+    const std::function<void(const FaultedRun&)>& operation) {
+  FaultedRun counting;
+  operation(counting);
+  ++Totals().sweeps;
+  const unsigned long requests = counting.Requests();
   for (unsigned long k = 0; k < requests; ++k) {
     for (Pelgc::HeapFault fault :
          {Pelgc::HeapFault::kReturnNull, Pelgc::HeapFault::kThrowBadAlloc}) {
@@ -94,17 +147,23 @@ inline void SweepHeapFaults(const std::function<void()>& operation) {
                                                                 : ", throw")
                      << (persistent ? " from then on" : " once"));
         const unsigned long live = Pelgc::GetHeapStats().live;
-        {
-          ScopedHeapFault scoped(k, fault, persistent);
-          try {
-            operation();
-          } catch (const std::bad_alloc&) {
-          }
+        operation(FaultedRun(k, fault, persistent));
+        ++Totals().faults;
+        if (Pelgc::GetHeapStats().live != live) {
+          ++Totals().leaks;
+          ADD_FAILURE() << "left "
+                        << static_cast<long>(Pelgc::GetHeapStats().live - live)
+                        << " block(s) live";
         }
-        EXPECT_EQ(Pelgc::GetHeapStats().live, live);
       }
     }
   }
+}
+
+// The same for an operation that is its own call under test and checks
+// its strings at its end, reached when nothing was thrown.
+inline void SweepHeapFaults(const std::function<void()>& operation) {
+  SweepHeapFaults([&](const FaultedRun& faulted) { faulted(operation); });
 }
 
 // Sets the host code page for its scope.

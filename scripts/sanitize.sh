@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Builds and runs the whole test suite (unit tests, the example and the fuzz
+# corpus replays) with clang under AddressSanitizer, leak detection on, and
+# UndefinedBehaviorSanitizer, every report fatal, with the C++ library's
+# assertions on. MemorySanitizer is left out (see the README).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+source scripts/sanitizer-flags.sh
+dir=build/sanitize
+echo "== sanitize: clang++, $VESK_SANITIZER_FLAGS"
+CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  -DCMAKE_CXX_FLAGS="$VESK_SANITIZER_FLAGS" -DVESK_BUILD_TESTS=ON >/dev/null
+cmake --build "$dir"
+ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"

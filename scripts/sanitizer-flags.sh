@@ -1,0 +1,6 @@
+# Sourced by the sanitizer and fuzzing scripts: the one sanitizer
+# configuration, and run-time options that make every report fatal.
+VESK_SANITIZER_FLAGS="-O1 -g -fno-omit-frame-pointer \
+-fsanitize=address,undefined -fno-sanitize-recover=all -D_GLIBCXX_ASSERTIONS"
+export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1:detect_stack_use_after_return=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
