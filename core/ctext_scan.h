@@ -1,7 +1,8 @@
 // Module-internal pieces of the C-text comparisons and searches: the case
 // fold, a readable-prefix tracker, and byte-block scans (SSE2 where the
 // machine has it, plain loops elsewhere). Every scan reads only bytes that a
-// terminator search has already shown to be part of the text.
+// terminator search has already shown to be part of the text: no byte past
+// a terminator or a count is ever loaded, not even inside a page.
 #ifndef VESK_CORE_CTEXT_SCAN_H
 #define VESK_CORE_CTEXT_SCAN_H
 
@@ -14,22 +15,6 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #define VESK_SCAN_SSE2 1
-#endif
-
-// Sanitizers and memory checkers report a load of a whole aligned block
-// that holds bytes past a terminator, though such a load never leaves the
-// page; there the terminator search uses memchr instead.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || \
-    __has_feature(hwaddress_sanitizer)
-#define VESK_NO_VECTOR_OVERREAD 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_HWADDRESS__)
-#define VESK_NO_VECTOR_OVERREAD 1
-#endif
-#if VESK_SCAN_SSE2 && !defined(VESK_NO_VECTOR_OVERREAD)
-#define VESK_SCAN_ALIGNED_BLOCKS 1
 #endif
 
 namespace vesk {
@@ -57,36 +42,12 @@ inline __m128i FoldBlock(__m128i bytes) {
 }
 #endif
 
-#if VESK_SCAN_ALIGNED_BLOCKS
-// The offset of the first NUL among the 16-byte aligned blocks from the one
-// holding `text`, counted from `text`. Each block holds a byte of the text,
-// so it lies in a page the text lies in.
-inline std::size_t BoundedLength(const char* text, std::size_t limit) {
-  if (limit == 0) return 0;
-  const auto start = reinterpret_cast<std::uintptr_t>(text);
-  std::uintptr_t block = start & ~std::uintptr_t{15};
-  const auto nuls = [](std::uintptr_t at) {
-    const __m128i bytes = _mm_load_si128(reinterpret_cast<const __m128i*>(at));
-    return BlockMask(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
-  };
-  for (unsigned nul = nuls(block) & (~0u << (start - block));;
-       nul = nuls(block)) {
-    if (nul != 0) {  // Offsets wrap modulo 2^64 in the first block.
-      const std::size_t length = block - start + __builtin_ctz(nul);
-      return length < limit ? length : limit;
-    }
-    block += 16;
-    if (block - start >= limit) return limit;
-  }
-}
-#else
 // The number of bytes before the terminator, at most `limit`. memchr stops
 // at the first match, so nothing past the terminator is read.
 inline std::size_t BoundedLength(const char* text, std::size_t limit) {
   const void* nul = std::memchr(text, 0, limit);
   return nul != nullptr ? static_cast<const char*>(nul) - text : limit;
 }
-#endif
 
 // The known readable prefix of a terminated text, grown in doubling steps so
 // that a search which stops early has not looked far beyond where it stopped.
