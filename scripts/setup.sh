@@ -3,7 +3,7 @@
 # any of it is missing. Needs root (or sudo) only when it has to install.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ clang libgtest-dev)
+packages=(cmake ninja-build g++ clang libgtest-dev pkg-config)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed" ||

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Installs a build into a staging prefix inside it, then builds a program
+# against the staged install through find_package and through pkg-config
+# (from CMake, and on the compiler's command line) and runs each.
+# usage: package_test.sh BUILD_DIR CMAKE CXX GENERATOR
+set -euo pipefail
+build=$(cd "$1" && pwd) cmake=$2 cxx=$3 generator=$4
+consumer=$(cd "$(dirname "$0")/package" && pwd)
+work="$build/package_test"
+stage="$work/stage"
+rm -rf "$work"
+"$cmake" --install "$build" --prefix "$stage" >/dev/null
+
+expected='Ann+Lee+%26+co http://example.com/a%20b'
+check() {
+  local output
+  output=$("$2") || {
+    echo "$1: exit status $?"
+    exit 1
+  }
+  [ "$output" = "$expected" ] || {
+    echo "$1: printed '$output', expected '$expected'"
+    exit 1
+  }
+  echo "$1: ok"
+}
+
+configure_and_build() {
+  "$cmake" -S "$consumer" -B "$work/$1" -G "$generator" \
+    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$stage" "${@:2}" >/dev/null
+  "$cmake" --build "$work/$1" >/dev/null
+}
+
+configure_and_build find_package
+check find_package "$work/find_package/consumer"
+
+# Only the staged install is visible to pkg-config.
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$stage" -name vesktext.pc)")
+export PKG_CONFIG_LIBDIR
+configure_and_build pkg_config -DUSE_PKG_CONFIG=ON
+check pkg_config "$work/pkg_config/consumer"
+
+flags=$(pkg-config --cflags --libs vesktext)
+# shellcheck disable=SC2086  # the flags are words
+"$cxx" -std=c++17 "$consumer/consumer.cpp" $flags -o "$work/direct"
+check pkg_config_command_line "$work/direct"
+
+"$stage/bin/vesktext" --version

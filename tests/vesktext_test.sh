@@ -1,0 +1,145 @@
+#!/usr/bin/env bash
+# Runs the vesktext tool on a table of command lines and compares what it
+# prints and its exit status with what each row expects.
+# usage: vesktext_test.sh TOOL VERSION
+set -u
+tool=$1 version=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+rows=0 failures=0
+
+# Runs the tool on "$@" with $input, printf %b escapes expanded, on
+# standard input.
+input=''
+run() {
+  printf '%b' "$input" | "$tool" "$@" >"$work/out" 2>"$work/err"
+  status=$?
+  rows=$((rows + 1))
+}
+
+fail() {
+  failures=$((failures + 1))
+  echo "FAIL: vesktext$(printf ' %q' "${@:2}"): $1"
+  echo "  status $status; stdout:"; od -c "$work/out" | sed 's/^/  /'
+  echo "  stderr:"; sed 's/^/  /' "$work/err"
+}
+
+# ok EXPECTED ARGS...: status 0, nothing on stderr, and standard output is
+# EXPECTED with printf %b escapes, each line ending in a newline.
+ok() {
+  local expected=$1; shift
+  run "$@"
+  [ "$status" -eq 0 ] && [ ! -s "$work/err" ] &&
+    cmp -s "$work/out" <(printf '%b\n' "$expected") ||
+    fail "expected status 0 and output '$expected'" "$@"
+}
+
+# usage MESSAGE ARGS...: status 2, nothing on standard output, and standard
+# error is "vesktext: MESSAGE" and then the usage.
+usage() {
+  local message=$1; shift
+  run "$@"
+  [ "$status" -eq 2 ] && [ ! -s "$work/out" ] &&
+    [ "$(head -n 1 "$work/err")" = "vesktext: $message" ] &&
+    sed -n 2p "$work/err" | grep -q '^usage: vesktext ' ||
+    fail "expected usage error '$message'" "$@"
+}
+
+# help COMMAND: --help and -h print the command's usage first, status 0.
+help() {
+  local flag
+  for flag in --help -h; do
+    run "$@" "$flag"
+    [ "$status" -eq 0 ] && [ ! -s "$work/err" ] &&
+      head -n 1 "$work/out" | grep -qF "usage: vesktext [--codepage NAME] $1" ||
+      fail "expected the help of $1" "$@" "$flag"
+  done
+}
+
+ok 'Ann+Lee+%26+co' form 'Ann Lee & co'
+ok 'caf%C3%A9' form 'café'
+ok 'a%20b%2D%2E%5F%7E' form --percent-space 'a b-._~'
+ok 'caf%E9' form --convert 'café'
+ok 'caf%C3%A9' form --convert --content-version 5 'café'
+ok 'caf%C3%A9' --codepage utf-8 form --convert 'café'
+ok '%82%A0' form --codepage shift_jis --convert 'あ'
+ok '%FF' form --convert $'\xff'
+ok '1\n\n2' form 1 '' 2
+ok '%2D%2Dx' form -- --x
+
+input=$'a b\n\nc\r\nlast' ok 'a+b\n\nc%0D\nlast' form
+input=$'x\xe9\n' ok 'x%E9' form
+input='' run form
+[ "$status" -eq 0 ] && [ ! -s "$work/out" ] || fail "expected no output" form
+input='ok\na\0b\n' run form
+[ "$status" -eq 1 ] && [ "$(cat "$work/out")" = ok ] &&
+  grep -qx 'vesktext: line 2 of standard input holds a NUL byte' "$work/err" ||
+  fail "expected a NUL byte to stop the run" form
+
+ok 'caf%E9 & x?' high 'café & xあ'
+ok 'caf%C3%A9' high --content-version=5 'café'
+ok 'a b%\xe9' escape $'a b%\xe9'
+ok '%82%A0a b\na%82' --codepage shift_jis escape $'\x82\xa0a b' $'a\x82'
+ok 'a%20b-c.d%5Fe%25' escape --strict 'a b-c.d_e%'
+ok '' escape ''
+ok 'a%80 ~\n%82%A0' --codepage gbk upper128 $'a\x80 ~' $'\x82\xa0'
+ok 'http://x.com/a%20b?c=%C3%BC\n%3C%3E%7B%7D100%' url 'http://x.com/a b?c=ü' '<>{}100%'
+
+ok 'http://e.com/s?user=Ann+Lee&level=3' query http://e.com/s 'user=Ann Lee' level=3
+ok 'http://e.com/s?game=7&a=3&b=2' query 'http://e.com/s?game=7' a=1 b=2 a=3 '$hidden=1'
+ok 'a=1&q=x%3Dy&=e' query --no-question-mark '' a=1 q=x=y =e
+ok 'p?n%E9v=%E9' query --convert p 'név=é'
+ok 'p?n%C3%A9v=%C3%A9' query p 'név=é'
+ok 'base' query base
+
+ok 'id=5&n=x' format 'id=%d&n=%s' d:5 s:x
+ok 'ff ffffffffffffffff -2147483648' format '%x %x %d' x:255 x:-1 d:-2147483648
+ok 'AA tf 05 -5 123' format '%c%c %b%b %2 %2 %2' c:65 c:321 b:-1 b:0 2:5 2:-5 2:123
+ok 'a\0b[]abc' format 'a%cb[%s]%3' c:0 s: 3:abcd
+ok '0.1 1e+21 NaN -Infinity' format '%f %f %f %f' f:0.1 f:1e21 f:nan f:-inf
+ok '0x0 0xdeadbeef' format '%p %p' p:0 p:DEADBEEF
+ok '% d end' format '%% %qd end%'
+ok '' format ''
+
+usage 'no command given'
+usage "unknown option '--bogus'" --bogus form
+usage "unknown command 'nope'" nope
+usage "option '--codepage' needs a value" --codepage
+usage "unknown code page 'klingon' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8)" \
+  --codepage klingon form x
+usage "form: unknown option '--strict'" form --strict x
+usage "form: option '--content-version' needs a value" form --content-version
+usage "form: option '--content-version' takes an int, not '6a'" form --content-version 6a x
+usage "escape: option '--strict' takes no value" escape --strict=yes x
+usage 'query: no BASE given' query
+usage "query: 'flag' is not NAME=VALUE" query base a=1 flag
+usage 'format: no FORMAT given' format
+usage 'format: directive 2 (%s) has no ARG' format '%d%s' d:1
+usage "format: argument 1 'x:1' does not fit directive 1 (%d), which takes d:INT" format %d x:1
+usage "format: argument 1 '42' does not fit directive 1 (%d), which takes d:INT" format %d 42
+usage "format: argument 2 's:x' has no directive" format %d d:1 s:x
+usage "format: argument 1 'd:7' has no directive" format %5d d:7
+usage "format: argument 1 'd:2147483648' is not a 32-bit decimal int" format %d d:2147483648
+usage "format: argument 1 'c:1.5' is not a 32-bit decimal int" format %c c:1.5
+usage "format: argument 1 '3:ab' is under three bytes" format %3 3:ab
+usage "format: argument 1 'f:1e400' is not a number" format %f f:1e400
+usage "format: argument 1 'p:-1' is not a hex address" format %p p:-1
+
+ok 'example.com/a' strip --scheme http: '  HTTP://example.com/a'
+ok 'x\ny z' strip $'\t\n x' '  y z'
+run strip --scheme http: ftp://x 'http:/y'
+[ "$status" -eq 1 ] && [ "$(cat "$work/out")" = y ] &&
+  grep -qx "vesktext: strip: 'ftp://x' does not start with 'http:'" "$work/err" ||
+  fail "expected a missing scheme to fail" strip --scheme http: ftp://x 'http:/y'
+ok '42\n-17\n0\n7766279631452241919' parse 42abc -17 '' 99999999999999999999
+ok '0\n18446744073709551615' parse --unsigned -- -5 18446744073709551615
+
+ok "vesktext $version" --version
+run --help
+[ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" || fail "expected the help" --help
+for command in form high escape upper128 url query format strip parse; do
+  help "$command"
+done
+
+echo "$rows rows, $failures failed"
+[ "$failures" -eq 0 ]
