@@ -31,8 +31,8 @@ using benchmark::State;
 // knows to be pure (strstr, strcasecmp, ...) is not hoisted out of the loop.
 template <class T>
 T* Opaque(T* pointer) {
-  DoNotOptimize(pointer);
-  return pointer;
+  T* volatile hidden = pointer;
+  return hidden;
 }
 
 // ---- Inputs ----------------------------------------------------------------
@@ -387,10 +387,11 @@ void AddSearches() {
     Add(str + "glibc_strstr", [hay, needle](State& state) {
       for (auto _ : state) DoNotOptimize(std::strstr(Opaque(hay), needle));
     });
-    Add(str + "string_view_find", [&c](State& state) {
+    const std::string_view needleView(c.needle);
+    const size_t size = c.haystack.size();
+    Add(str + "string_view_find", [hay, size, needleView](State& state) {
       for (auto _ : state) {
-        const std::string_view view(Opaque(c.haystack.data()), c.haystack.size());
-        DoNotOptimize(view.find(c.needle));
+        DoNotOptimize(std::string_view(Opaque(hay), size).find(needleView));
       }
     });
     const std::string icase = "VeskStrCaseStr/" + c.name + "/";

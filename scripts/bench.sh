@@ -18,9 +18,9 @@ if [ "${1:-}" = "--smoke" ]; then
     --benchmark_filter='-(1MiB|adversarial)'
 fi
 
-repetitions=5
+repetitions=3
 "$bench" --benchmark_repetitions=$repetitions \
-  --benchmark_report_aggregates_only=true --benchmark_min_time=0.2 \
+  --benchmark_report_aggregates_only=true --benchmark_min_time=0.1 \
   --benchmark_out=build/bench/results.json --benchmark_out_format=json
 mkdir -p docs
 python3 bench/report.py build/bench/results.json docs/PERFORMANCE.md $repetitions
