@@ -1,31 +1,81 @@
-// Case-insensitive comparison and byte and substring search over C text.
+// Case-insensitive comparison and byte search over C text. The substring
+// searches are in substring_search.cpp.
+#include <cstdint>
 #include <cstring>
 
+#include "ctext_scan.h"
 #include "veskstring.h"
 
 namespace {
 
-// The lower-case fold as an unsigned value; 0 only for the NUL.
-inline int Fold(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte ^ g_tolower_map[byte];
-}
+using vesk::BoundedLength;
+using vesk::FirstFoldedDifference;
+using vesk::FoldByte;
 
-inline int Exact(char c) { return static_cast<unsigned char>(c); }
+int FoldDifference(char a, char b) { return FoldByte(a) - FoldByte(b); }
 
-// The first place where `needle` starts in `haystack`, comparing bytes
-// through `map`. A needle is only read while the haystack keeps pace, and
-// the haystack only up to its terminator.
-template <int (*map)(char)>
-const char* Find(const char* haystack, const char* needle) {
-  if (needle == nullptr || map(needle[0]) == 0) return haystack;
-  for (const char* start = haystack; *start != '\0'; ++start) {
-    unsigned long i = 0;
-    while (map(needle[i]) != 0 && map(start[i]) == map(needle[i])) ++i;
-    if (needle[i] == '\0') return start;
+// The folded comparison of at most `limit` bytes. Each step measures a,
+// then b no further than a's end, so both are readable over b's measured
+// length; when that falls short of the step, the byte after it is b's
+// terminator or a's, and readable in the other.
+int CompareFolded(const char* a, const char* b, std::size_t limit) {
+  if (limit == 0) return 0;
+  std::size_t done = 0;
+  for (std::size_t step = 128;; step *= 2) {
+    const std::size_t want = step < limit - done ? step : limit - done;
+    const std::size_t a_len = BoundedLength(a + done, want);
+    const std::size_t common = BoundedLength(b + done, a_len);
+    const std::size_t diff = FirstFoldedDifference(a + done, b + done, common);
+    if (diff < common) return FoldDifference(a[done + diff], b[done + diff]);
+    done += common;
+    if (done == limit) return 0;
+    if (common < want) return FoldDifference(a[done], b[done]);
   }
-  return nullptr;
 }
+
+
+// The offset of the first byte equal to `byte` among the `n` at `p`, or n.
+std::size_t FirstByte(const char* p, std::size_t n, char byte) {
+  std::size_t i = 0;
+#if VESK_SCAN_SSE2
+  if (n >= 16) {
+    const __m128i wanted = _mm_set1_epi8(byte);
+    for (;; i += 16) {
+      if (i + 16 > n) i = n - 16;  // A last block overlapping checked bytes.
+      const unsigned hits =
+          vesk::BlockMask(_mm_cmpeq_epi8(vesk::LoadBlock(p + i), wanted));
+      if (hits != 0) return i + __builtin_ctz(hits);
+      if (i + 16 == n) return n;
+    }
+  }
+#endif
+  while (i < n && p[i] != byte) ++i;
+  return i;
+}
+
+// The offset of the last byte equal to `byte` among the `n` at `p`, or n.
+std::size_t LastByte(const char* p, std::size_t n, char byte) {
+  std::size_t end = n;
+#if VESK_SCAN_SSE2
+  if (n >= 16) {
+    const __m128i wanted = _mm_set1_epi8(byte);
+    for (;; end -= 16) {
+      if (end < 16) end = 16;  // A first block overlapping checked bytes.
+      const unsigned hits = vesk::BlockMask(
+          _mm_cmpeq_epi8(vesk::LoadBlock(p + end - 16), wanted));
+      if (hits != 0) return end - 16 + (31 - __builtin_clz(hits));
+      if (end == 16) return n;
+    }
+  }
+#endif
+  while (end != 0) {
+    if (p[--end] == byte) return end;
+  }
+  return n;
+}
+
+// Whether `c` can equal a byte read as signed: -128 to 127 but not 0.
+bool IsSearchableByte(int c) { return c >= -128 && c <= 127 && c != 0; }
 
 }  // namespace
 
@@ -34,17 +84,11 @@ bool StrEqual(const char* a, const char* b) {
 }
 
 int VeskStrICmp(const char* a, const char* b) {
-  for (unsigned long i = 0;; ++i) {
-    const int diff = Fold(a[i]) - Fold(b[i]);
-    if (diff != 0 || a[i] == '\0') return diff;
-  }
+  return VeskStrNICmp(a, b, static_cast<std::size_t>(-1));
 }
 
 int VeskStrNICmp(const char* a, const char* b, unsigned long n) {
-  if (n == 0) return 0;
-  unsigned long i = 0;
-  while (i < n - 1 && a[i] != '\0' && Fold(a[i]) == Fold(b[i])) ++i;
-  return Fold(a[i]) - Fold(b[i]);
+  return CompareFolded(a, b, n);
 }
 
 bool VarStrEqual(const char* a, const char* b, bool caseSensitive) {
@@ -53,9 +97,16 @@ bool VarStrEqual(const char* a, const char* b, bool caseSensitive) {
 }
 
 const char* VeskStrChr(const char* s, int c) {
-  for (; *s != '\0'; ++s) {
-    if (static_cast<signed char>(*s) == c) return s;
-  }
+  if (!IsSearchableByte(c)) return nullptr;
+  vesk::TextPrefix text(s, 256);
+  std::size_t from = 0;
+  do {
+    const std::size_t known = text.known();
+    const std::size_t at =
+        from + FirstByte(s + from, known - from, static_cast<char>(c));
+    if (at < known) return s + at;
+    from = known;
+  } while (text.Grow());
   return nullptr;
 }
 
@@ -65,18 +116,10 @@ long VeskStrChrIndex(const char* s, int c) {
 }
 
 const char* VeskStrRChr(const char* s, int c) {
-  for (const char* p = s + std::strlen(s); p != s;) {
-    if (static_cast<signed char>(*--p) == c) return p;
-  }
-  return nullptr;
-}
-
-const char* VeskStrStr(const char* haystack, const char* needle) {
-  return Find<Exact>(haystack, needle);
-}
-
-const char* VeskStrCaseStr(const char* haystack, const char* needle) {
-  return Find<Fold>(haystack, needle);
+  if (!IsSearchableByte(c)) return nullptr;
+  const std::size_t n = std::strlen(s);
+  const std::size_t at = LastByte(s, n, static_cast<char>(c));
+  return at < n ? s + at : nullptr;
 }
 
 long VeskStrStrIndex(const char* haystack, const char* needle) {

@@ -3,12 +3,59 @@
 #include <cstdarg>
 
 #include "../host/text_services.h"
+#include "direct_writer.h"
 #include "internal.h"
 #include "veskstring.h"
 
 namespace {
 
 const char kDigits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+
+// The digits of `magnitude` in `Base`, least significant first, written
+// backwards from `end`; returns where they start. A constant base lets the
+// compiler divide by multiplying.
+template <unsigned long Base>
+char* PutDigits(unsigned long magnitude, char* end) {
+  do {
+    *--end = kDigits[magnitude % Base];
+    magnitude /= Base;
+  } while (magnitude != 0);
+  return end;
+}
+
+// Decimal digits two at a time: half the divisions.
+char* PutDecimal(unsigned long magnitude, char* end) {
+  static const char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536"
+      "37383940414243444546474849505152535455565758596061626364656667686970717273"
+      "7475767778798081828384858687888990919293949596979899";
+  while (magnitude >= 100) {
+    const unsigned long pair = magnitude % 100 * 2;
+    magnitude /= 100;
+    *--end = kPairs[pair + 1];
+    *--end = kPairs[pair];
+  }
+  if (magnitude >= 10) {
+    *--end = kPairs[magnitude * 2 + 1];
+    *--end = kPairs[magnitude * 2];
+    return end;
+  }
+  *--end = kDigits[magnitude];
+  return end;
+}
+
+char* PutDigits(unsigned long magnitude, unsigned long base, char* end) {
+  switch (base) {
+    case 10: return PutDecimal(magnitude, end);
+    case 16: return PutDigits<16>(magnitude, end);
+    default:
+      do {
+        *--end = kDigits[magnitude % base];
+        magnitude /= base;
+      } while (magnitude != 0);
+      return end;
+  }
+}
 
 }  // namespace
 
@@ -19,15 +66,12 @@ void VeskString::AppendInt(long value, int radix) {
     AppendChar('-');
     magnitude = 0 - magnitude;  // exact for the most negative value too
   }
-  // Least significant digit first; 64 binary digits is the most it takes.
+  // 64 binary digits is the most a number takes.
   char digits[128];
-  int count = 0;
-  const unsigned long base = static_cast<unsigned long>(radix);
-  do {
-    digits[count++] = kDigits[magnitude % base];
-    magnitude /= base;
-  } while (magnitude != 0);
-  while (count > 0) AppendChar(digits[--count]);
+  char* const end = digits + sizeof digits;
+  const char* first =
+      PutDigits(magnitude, static_cast<unsigned long>(radix), end);
+  vesk::AppendRun(*this, first, end - first);
 }
 
 void VeskString::AppendNDigits(int value, int digits) {

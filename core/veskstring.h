@@ -17,6 +17,9 @@ static_assert(sizeof(void*) == 8, "pointers must be 64-bit");
 namespace marlo {
 class String;
 }
+namespace vesk {
+class DirectWriter;
+}
 namespace Pelgc {
 namespace GCAPI {
 template <class T>
@@ -173,6 +176,8 @@ class VeskString {
                        bool noQuestionMark);
 
  private:
+  friend class vesk::DirectWriter;
+
   // Makes room for `required` + 1 bytes; false when the heap gives none.
   bool EnsureCapacity(int required);
   void AppendBytes(const char* text, unsigned long n);

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <mutex>
 #include <new>
 #include <unordered_set>
@@ -19,6 +20,16 @@ constexpr bool kCheckPointers = true;
 #else
 constexpr bool kCheckPointers = false;
 #endif
+
+// A growing string releases each block for one half as large again, so
+// large blocks come and go all the time. Served from fresh mappings, every
+// page of every one of them would fault in anew; kept in the heap, the
+// pages are reused. Set once, before the first request.
+const bool g_heapTuned = [] {
+  mallopt(M_MMAP_THRESHOLD, 64 << 20);
+  mallopt(M_TRIM_THRESHOLD, 128 << 20);
+  return true;
+}();
 
 std::atomic<unsigned long> g_requests{0};
 std::atomic<unsigned long> g_releases{0};

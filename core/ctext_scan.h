@@ -1,0 +1,113 @@
+// Module-internal pieces of the C-text comparisons and searches: the case
+// fold, a readable-prefix tracker, and byte-block scans (SSE2 where the
+// machine has it, plain loops elsewhere). Every scan reads only bytes that a
+// terminator search has already shown to be part of the text: no byte past
+// a terminator or a count is ever loaded, not even inside a page.
+#ifndef VESK_CORE_CTEXT_SCAN_H
+#define VESK_CORE_CTEXT_SCAN_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "veskstring.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#define VESK_SCAN_SSE2 1
+#endif
+
+namespace vesk {
+
+// 'A' to 'Z' to lower case, every other byte unchanged.
+inline unsigned char FoldByte(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return static_cast<unsigned char>(byte ^ g_tolower_map[byte]);
+}
+
+#if VESK_SCAN_SSE2
+inline __m128i LoadBlock(const char* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+inline unsigned BlockMask(__m128i bytes) {
+  return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+}
+
+// FoldByte on 16 bytes: 'A' to 'Z' are moved to -128 to -103 and gain 0x20.
+inline __m128i FoldBlock(__m128i bytes) {
+  const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(0x80 - 'A'));
+  const __m128i upper = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
+  return _mm_or_si128(bytes, _mm_and_si128(upper, _mm_set1_epi8(0x20)));
+}
+#endif
+
+// The number of bytes before the terminator, at most `limit`. memchr stops
+// at the first match, so nothing past the terminator is read.
+inline std::size_t BoundedLength(const char* text, std::size_t limit) {
+  const void* nul = std::memchr(text, 0, limit);
+  return nul != nullptr ? static_cast<const char*>(nul) - text : limit;
+}
+
+// The known readable prefix of a terminated text, grown in doubling steps so
+// that a search which stops early has not looked far beyond where it stopped.
+class TextPrefix {
+ public:
+  TextPrefix(const char* text, std::size_t first_step)
+      : m_text(text),
+        m_step(first_step),
+        m_known(BoundedLength(text, first_step)),
+        m_ended(m_known < first_step) {}
+
+  // Bytes known to precede the terminator.
+  std::size_t known() const { return m_known; }
+
+  // Learns more of the text; false when the terminator was already seen.
+  bool Grow(std::size_t at_least = 0) {
+    if (m_ended) return false;
+    m_step = 2 * m_step > at_least ? 2 * m_step : at_least;
+    const std::size_t got = BoundedLength(m_text + m_known, m_step);
+    m_known += got;
+    m_ended = got < m_step;
+    return true;
+  }
+
+  // True when the text holds at least `want` bytes.
+  bool Reach(std::size_t want) {
+    while (m_known < want) {
+      if (!Grow(want - m_known)) return false;
+    }
+    return true;
+  }
+
+ private:
+  const char* m_text;
+  std::size_t m_step;
+  std::size_t m_known;
+  bool m_ended;
+};
+
+// The offset of the first byte of `a` whose fold differs from that of `b`,
+// both `n` bytes long, or `n`.
+inline std::size_t FirstFoldedDifference(const char* a, const char* b,
+                                         std::size_t n) {
+  std::size_t i = 0;
+#if VESK_SCAN_SSE2
+  if (n >= 16) {
+    for (;; i += 16) {
+      if (i + 16 > n) i = n - 16;  // A last block overlapping checked bytes.
+      const __m128i same = _mm_cmpeq_epi8(FoldBlock(LoadBlock(a + i)),
+                                          FoldBlock(LoadBlock(b + i)));
+      const unsigned differ = BlockMask(same) ^ 0xFFFFu;
+      if (differ != 0) return i + __builtin_ctz(differ);
+      if (i + 16 == n) return n;
+    }
+  }
+#endif
+  while (i < n && FoldByte(a[i]) == FoldByte(b[i])) ++i;
+  return i;
+}
+
+}  // namespace vesk
+
+#endif  // VESK_CORE_CTEXT_SCAN_H

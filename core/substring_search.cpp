@@ -1,0 +1,178 @@
+// Substring search over C text, exact or ignoring case. A block scan for
+// places where the needle's first and last bytes both fit finds the common
+// matches quickly; when checking those places costs too much for the text
+// passed, the search goes on with a two-way scan, whose time is linear in
+// the text and needle lengths for every input.
+#include <cstring>
+
+#include "ctext_scan.h"
+#include "veskstring.h"
+
+namespace {
+
+using vesk::TextPrefix;
+
+struct ExactBytes {
+  static unsigned char Map(char c) { return static_cast<unsigned char>(c); }
+  static bool Equal(const char* a, const char* b, std::size_t n) {
+    return std::memcmp(a, b, n) == 0;
+  }
+#if VESK_SCAN_SSE2
+  static __m128i MapBlock(__m128i bytes) { return bytes; }
+#endif
+};
+
+struct FoldedBytes {
+  static unsigned char Map(char c) { return vesk::FoldByte(c); }
+  static bool Equal(const char* a, const char* b, std::size_t n) {
+    return vesk::FirstFoldedDifference(a, b, n) == n;
+  }
+#if VESK_SCAN_SSE2
+  static __m128i MapBlock(__m128i bytes) { return vesk::FoldBlock(bytes); }
+#endif
+};
+
+// The needle split at a critical point: the start of its greatest suffix
+// under one byte order or the reverse, whichever starts later, and the
+// period of that suffix. `ell` is the index just before the suffix.
+struct Factorization {
+  long ell;
+  long period;
+};
+
+template <class Bytes>
+Factorization GreatestSuffix(const char* x, long m, bool reverse) {
+  long ms = -1, j = 0, k = 1, p = 1;
+  while (j + k < m) {
+    const unsigned a = Bytes::Map(x[j + k]), b = Bytes::Map(x[ms + k]);
+    if (a == b) {
+      if (k == p) {
+        j += p;
+        k = 1;
+      } else {
+        ++k;
+      }
+    } else if ((a < b) != reverse) {
+      j += k;
+      k = 1;
+      p = j - ms;
+    } else {
+      ms = j;
+      j = ms + 1;
+      k = p = 1;
+    }
+  }
+  return {ms, p};
+}
+
+// The first match at or after `from` by the two-way scan. The text is
+// measured only as far as the window being checked.
+template <class Bytes>
+const char* TwoWay(const char* text, TextPrefix& prefix, std::size_t from,
+                   const char* x, long m) {
+  const Factorization up = GreatestSuffix<Bytes>(x, m, false);
+  const Factorization down = GreatestSuffix<Bytes>(x, m, true);
+  const Factorization f = up.ell > down.ell ? up : down;
+  const long ell = f.ell;
+  const char* y = text + from;
+  const auto same = [&](long i, long j) {
+    return Bytes::Map(x[i]) == Bytes::Map(y[i + j]);
+  };
+  const auto readable = [&](long j) {
+    return prefix.Reach(from + static_cast<std::size_t>(j + m));
+  };
+  if (Bytes::Equal(x, x + f.period, static_cast<std::size_t>(ell + 1))) {
+    // A periodic needle: remember how much of the left part still matches
+    // after a shift by the period.
+    long memory = -1;
+    for (long j = 0; readable(j);) {
+      long i = (ell > memory ? ell : memory) + 1;
+      while (i < m && same(i, j)) ++i;
+      if (i < m) {
+        j += i - ell;
+        memory = -1;
+        continue;
+      }
+      for (i = ell; i > memory && same(i, j);) --i;
+      if (i <= memory) return y + j;
+      j += f.period;
+      memory = m - f.period - 1;
+    }
+    return nullptr;
+  }
+  const long shift = (ell + 1 > m - ell - 1 ? ell + 1 : m - ell - 1) + 1;
+  for (long j = 0; readable(j);) {
+    long i = ell + 1;
+    while (i < m && same(i, j)) ++i;
+    if (i < m) {
+      j += i - ell;
+      continue;
+    }
+    for (i = ell; i >= 0 && same(i, j);) --i;
+    if (i < 0) return y + j;
+    j += shift;
+  }
+  return nullptr;
+}
+
+// Checks made at candidate places may cost this many bytes plus twice the
+// text passed before the two-way scan takes over.
+constexpr std::size_t kCheckAllowance = 256;
+
+template <class Bytes>
+const char* Find(const char* text, const char* needle) {
+  if (needle == nullptr || needle[0] == '\0') return text;
+  const std::size_t m = std::strlen(needle);
+  TextPrefix prefix(text, m > 256 ? m : 256);
+  if (!prefix.Reach(m)) return nullptr;
+  const unsigned char first = Bytes::Map(needle[0]);
+  const unsigned char last = Bytes::Map(needle[m - 1]);
+  std::size_t checked = 0;  // Bytes spent checking candidate places.
+  // Returns true when the search is over, with the answer in `found`.
+  const char* found = nullptr;
+  const auto check = [&](std::size_t place) {
+    if (Bytes::Equal(text + place, needle, m)) {
+      found = text + place;
+      return true;
+    }
+    checked += m;
+    if (checked <= kCheckAllowance + 2 * place) return false;
+    found =
+        TwoWay<Bytes>(text, prefix, place + 1, needle, static_cast<long>(m));
+    return true;
+  };
+  std::size_t at = 0;  // The first place not yet looked at.
+  do {
+    const std::size_t end = prefix.known() - m + 1;  // Places with room.
+#if VESK_SCAN_SSE2
+    const __m128i first16 = _mm_set1_epi8(static_cast<char>(first));
+    const __m128i last16 = _mm_set1_epi8(static_cast<char>(last));
+    for (; at + 16 <= end; at += 16) {
+      const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + at));
+      const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(text + at + m - 1));
+      unsigned hits = vesk::BlockMask(_mm_and_si128(
+          _mm_cmpeq_epi8(head, first16), _mm_cmpeq_epi8(tail, last16)));
+      for (; hits != 0; hits &= hits - 1) {
+        if (check(at + __builtin_ctz(hits))) return found;
+      }
+    }
+#endif
+    for (; at < end; ++at) {
+      if (Bytes::Map(text[at]) == first &&
+          Bytes::Map(text[at + m - 1]) == last && check(at)) {
+        return found;
+      }
+    }
+  } while (prefix.Grow(m));
+  return nullptr;
+}
+
+}  // namespace
+
+const char* VeskStrStr(const char* haystack, const char* needle) {
+  return Find<ExactBytes>(haystack, needle);
+}
+
+const char* VeskStrCaseStr(const char* haystack, const char* needle) {
+  return Find<FoldedBytes>(haystack, needle);
+}

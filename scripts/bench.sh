@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Builds the benchmark (optimised, without the heap's pointer checks), runs
+# it with repetitions and writes the medians to docs/PERFORMANCE.md.
+#   scripts/bench.sh            full run
+#   scripts/bench.sh --smoke    one quick pass on the small inputs (CI)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+scripts/install-bench-deps.sh
+cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  -DVESK_HEAP_CHECKS=OFF -DVESK_BUILD_TESTS=OFF >/dev/null
+cmake --build build/bench --target vesk_bench
+bench=build/bench/bench/vesk_bench
+
+if [ "${1:-}" = "--smoke" ]; then
+  exec "$bench" --benchmark_min_time=0.0001 \
+    --benchmark_filter='-(1MiB|adversarial)'
+fi
+
+repetitions=3
+"$bench" --benchmark_repetitions=$repetitions \
+  --benchmark_report_aggregates_only=true --benchmark_min_time=0.1 \
+  --benchmark_out=build/bench/results.json --benchmark_out_format=json
+mkdir -p docs
+python3 bench/report.py build/bench/results.json docs/PERFORMANCE.md $repetitions
+echo "wrote docs/PERFORMANCE.md"
