@@ -2,9 +2,11 @@
 # Installs a build into a staging prefix inside it, then builds a program
 # against the staged install through find_package and through pkg-config
 # (from CMake, and on the compiler's command line) and runs each.
-# usage: package_test.sh BUILD_DIR CMAKE CXX GENERATOR
+# The consumer is compiled with the build's own flags (a sanitizer build's
+# library needs the sanitizer runtime at link time).
+# usage: package_test.sh BUILD_DIR CMAKE CXX GENERATOR [CXX_FLAGS]
 set -euo pipefail
-build=$(cd "$1" && pwd) cmake=$2 cxx=$3 generator=$4
+build=$(cd "$1" && pwd) cmake=$2 cxx=$3 generator=$4 cxxflags=${5:-}
 consumer=$(cd "$(dirname "$0")/package" && pwd)
 work="$build/package_test"
 stage="$work/stage"
@@ -27,7 +29,8 @@ check() {
 
 configure_and_build() {
   "$cmake" -S "$consumer" -B "$work/$1" -G "$generator" \
-    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$stage" "${@:2}" >/dev/null
+    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$cxxflags" \
+    -DCMAKE_PREFIX_PATH="$stage" "${@:2}" >/dev/null
   "$cmake" --build "$work/$1" >/dev/null
 }
 
@@ -41,8 +44,8 @@ configure_and_build pkg_config -DUSE_PKG_CONFIG=ON
 check pkg_config "$work/pkg_config/consumer"
 
 flags=$(pkg-config --cflags --libs vesktext)
-# shellcheck disable=SC2086  # the flags are words
-"$cxx" -std=c++17 "$consumer/consumer.cpp" $flags -o "$work/direct"
+# shellcheck disable=SC2086  # flag lists split on purpose
+"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags -o "$work/direct"
 check pkg_config_command_line "$work/direct"
 
 "$stage/bin/vesktext" --version
