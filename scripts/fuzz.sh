@@ -15,7 +15,8 @@ dir=build/fuzz
 echo "== fuzz: clang++ -fsanitize=fuzzer, $VESK_SANITIZER_FLAGS"
 CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DCMAKE_CXX_FLAGS="$VESK_SANITIZER_FLAGS" -DVESK_BUILD_TESTS=OFF \
-  -DVESK_BUILD_EXAMPLES=OFF -DVESK_BUILD_FUZZERS=ON >/dev/null
+  -DVESK_BUILD_EXAMPLES=OFF -DVESK_BUILD_BENCH=OFF -DVESK_BUILD_FUZZERS=ON \
+  >/dev/null
 cmake --build "$dir"
 
 failed=0

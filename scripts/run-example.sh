@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh
 cmake -S . -B build/example -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DVESK_BUILD_TESTS=OFF >/dev/null
+  -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF >/dev/null
 cmake --build build/example --target walkthrough vesktext >/dev/null
 build/example/examples/walkthrough
 
