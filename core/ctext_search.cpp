@@ -1,6 +1,5 @@
 // Case-insensitive comparison and byte search over C text. The substring
 // searches are in substring_search.cpp.
-#include <cstdint>
 #include <cstring>
 
 #include "ctext_scan.h"
@@ -32,7 +31,6 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
     if (common < want) return FoldDifference(a[done], b[done]);
   }
 }
-
 
 // The offset of the first byte equal to `byte` among the `n` at `p`, or n.
 std::size_t FirstByte(const char* p, std::size_t n, char byte) {
