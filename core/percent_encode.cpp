@@ -30,7 +30,22 @@ inline char* PutEscape(char* out, unsigned char byte) {
   return out + 3;
 }
 
-// One input byte of the form encodings, byte by byte through AppendChar.
+// One input byte, written directly: kept as it is, a space as '+' when
+// asked, otherwise escaped.
+inline char* PutEncodedByte(char* out, unsigned char byte, bool kept,
+                            bool plusForSpace) {
+  if (kept) {
+    *out = static_cast<char>(byte);
+    return out + 1;
+  }
+  if (byte == ' ' && plusForSpace) {
+    *out = '+';
+    return out + 1;
+  }
+  return PutEscape(out, byte);
+}
+
+// The same, byte by byte through AppendChar, where growth may be needed.
 void AppendEncodedByte(VeskString& out, unsigned char byte, const ByteSet& kept,
                        bool plusForSpace) {
   if (kept[byte]) {
@@ -110,13 +125,7 @@ char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
     return out + 16;
   }
   for (int i = 0; i < 16; ++i) {
-    if ((keptMask >> i & 1) != 0) {
-      *out++ = static_cast<char>(p[i]);
-    } else if (p[i] == ' ' && plusForSpace) {
-      *out++ = '+';
-    } else {
-      out = PutEscape(out, p[i]);
-    }
+    out = PutEncodedByte(out, p[i], (keptMask >> i & 1) != 0, plusForSpace);
   }
   return out;
 }
@@ -148,15 +157,7 @@ char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
     }
   }
 #endif
-  for (; p < stop; ++p) {
-    if (kept[*p]) {
-      *out++ = static_cast<char>(*p);
-    } else if (*p == ' ' && plusForSpace) {
-      *out++ = '+';
-    } else {
-      out = PutEscape(out, *p);
-    }
-  }
+  for (; p < stop; ++p) out = PutEncodedByte(out, *p, kept[*p], plusForSpace);
   return out;
 }
 
@@ -239,8 +240,7 @@ char* EscapeRun(const unsigned char*& p, const unsigned char* stop,
 #endif
     const long width = widths.Of(*p);
     if (width == 1) {
-      out = kept[*p] ? (*out = static_cast<char>(*p), out + 1)
-                     : PutEscape(out, *p);
+      out = PutEncodedByte(out, *p, kept[*p], false);
       ++p;
       continue;
     }

@@ -11,14 +11,14 @@ namespace {
 
 const char kDigits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 
-// The digits of `magnitude` in `Base`, least significant first, written
-// backwards from `end`; returns where they start. A constant base lets the
-// compiler divide by multiplying.
-template <unsigned long Base>
-char* PutDigits(unsigned long magnitude, char* end) {
+// The digits of `magnitude` in `base`, least significant first, written
+// backwards from `end`; returns where they start. Inlined with a constant
+// base, the division becomes a multiplication.
+inline char* PutDigitsIn(unsigned long magnitude, unsigned long base,
+                         char* end) {
   do {
-    *--end = kDigits[magnitude % Base];
-    magnitude /= Base;
+    *--end = kDigits[magnitude % base];
+    magnitude /= base;
   } while (magnitude != 0);
   return end;
 }
@@ -47,13 +47,8 @@ char* PutDecimal(unsigned long magnitude, char* end) {
 char* PutDigits(unsigned long magnitude, unsigned long base, char* end) {
   switch (base) {
     case 10: return PutDecimal(magnitude, end);
-    case 16: return PutDigits<16>(magnitude, end);
-    default:
-      do {
-        *--end = kDigits[magnitude % base];
-        magnitude /= base;
-      } while (magnitude != 0);
-      return end;
+    case 16: return PutDigitsIn(magnitude, 16, end);
+    default: return PutDigitsIn(magnitude, base, end);
   }
 }
 
