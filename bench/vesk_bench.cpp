@@ -125,6 +125,18 @@ const std::vector<std::string>& NumberTexts() {
   return texts;
 }
 
+// std::from_chars into a T over every text: the peer of the readers.
+template <class T>
+void FromChars(State& state, const std::vector<std::string>& texts) {
+  for (auto _ : state) {
+    for (const std::string& t : texts) {
+      T value = 0;
+      std::from_chars(t.data(), t.data() + t.size(), value);
+      DoNotOptimize(value);
+    }
+  }
+}
+
 // ---- Registration ----------------------------------------------------------
 
 void Add(const std::string& name, std::function<void(State&)> body,
@@ -238,15 +250,7 @@ void AddNumberText() {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToInt64(t.c_str()));
   });
-  Add("ToInt64/mixed/std_from_chars", [&texts](State& state) {
-    for (auto _ : state) {
-      for (const std::string& t : texts) {
-        long long value = 0;
-        std::from_chars(t.data(), t.data() + t.size(), value);
-        DoNotOptimize(value);
-      }
-    }
-  });
+  Add("ToInt64/mixed/std_from_chars", [&texts](State& state) { FromChars<long long>(state, texts); });
   Add("ToInt64/mixed/strtoll", [&texts](State& state) {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(std::strtoll(Opaque(t.c_str()), nullptr, 10));
@@ -255,28 +259,12 @@ void AddNumberText() {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToUInt64(t.c_str()));
   });
-  Add("ToUInt64/mixed/std_from_chars", [&texts](State& state) {
-    for (auto _ : state) {
-      for (const std::string& t : texts) {
-        unsigned long long value = 0;
-        std::from_chars(t.data(), t.data() + t.size(), value);
-        DoNotOptimize(value);
-      }
-    }
-  });
+  Add("ToUInt64/mixed/std_from_chars", [&texts](State& state) { FromChars<unsigned long long>(state, texts); });
   Add("ToInt/mixed/vesk", [&texts](State& state) {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToInt(t.c_str()));
   });
-  Add("ToInt/mixed/std_from_chars", [&texts](State& state) {
-    for (auto _ : state) {
-      for (const std::string& t : texts) {
-        int value = 0;
-        std::from_chars(t.data(), t.data() + t.size(), value);
-        DoNotOptimize(value);
-      }
-    }
-  });
+  Add("ToInt/mixed/std_from_chars", [&texts](State& state) { FromChars<int>(state, texts); });
 }
 
 // ---- Percent-encoding ------------------------------------------------------

@@ -91,32 +91,30 @@ inline Fault ConsumeFault(FuzzedDataProvider& in) {
 
 enum class Outcome { kDone, kBadAlloc, kTooLarge, kAborted };
 
-template <class Call>
-Outcome RunModule(Call call) {
+// Runs `call` and names how it ended; `TooLarge` and `Aborted` are the
+// reports of the module's host or of the model.
+template <class TooLarge, class Aborted, class Call>
+Outcome Run(Call call) {
   try {
     call();
   } catch (const std::bad_alloc&) {
     return Outcome::kBadAlloc;
-  } catch (const Pelgc::ObjectTooLargeError&) {
+  } catch (const TooLarge&) {
     return Outcome::kTooLarge;
-  } catch (const Pelgc::HeapAbortError&) {
+  } catch (const Aborted&) {
     return Outcome::kAborted;
   }
   return Outcome::kDone;
 }
 
 template <class Call>
+Outcome RunModule(Call call) {
+  return Run<Pelgc::ObjectTooLargeError, Pelgc::HeapAbortError>(call);
+}
+
+template <class Call>
 Outcome RunModel(Call call) {
-  try {
-    call();
-  } catch (const std::bad_alloc&) {
-    return Outcome::kBadAlloc;
-  } catch (const model::TooLarge&) {
-    return Outcome::kTooLarge;
-  } catch (const model::Aborted&) {
-    return Outcome::kAborted;
-  }
-  return Outcome::kDone;
+  return Run<model::TooLarge, model::Aborted>(call);
 }
 
 // Runs `module` under `fault`, then `reference` on the model under the same
