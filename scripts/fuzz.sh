@@ -13,11 +13,8 @@ scripts/setup.sh
 source scripts/sanitizer-flags.sh
 dir=build/fuzz
 echo "== fuzz: clang++ -fsanitize=fuzzer, $VESK_SANITIZER_FLAGS"
-CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_CXX_FLAGS="$VESK_SANITIZER_FLAGS" -DVESK_BUILD_TESTS=OFF \
-  -DVESK_BUILD_EXAMPLES=OFF -DVESK_BUILD_BENCH=OFF -DVESK_BUILD_FUZZERS=ON \
-  >/dev/null
-cmake --build "$dir"
+configure_sanitized "$dir" -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_EXAMPLES=OFF \
+  -DVESK_BUILD_FUZZERS=ON
 
 failed=0
 for target in string_ops ctext round_trip; do

@@ -10,8 +10,5 @@ scripts/setup.sh
 source scripts/sanitizer-flags.sh
 dir=build/sanitize
 echo "== sanitize: clang++, $VESK_SANITIZER_FLAGS"
-CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_CXX_FLAGS="$VESK_SANITIZER_FLAGS" -DVESK_BUILD_TESTS=ON \
-  -DVESK_BUILD_BENCH=OFF >/dev/null
-cmake --build "$dir"
+configure_sanitized "$dir" -DVESK_BUILD_TESTS=ON
 ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"
