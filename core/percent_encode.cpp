@@ -15,46 +15,23 @@
 
 namespace {
 
-using vesk::ByteSet;
+using vesk::ByteCodes;
 using vesk::DirectWriter;
 
-inline void AppendEscape(VeskString& out, unsigned char byte) {
-  out.AppendChar('%');
-  out.AppendHexByte(byte);
+// Writes the code of `byte` to `out` as one four-byte copy, count byte
+// included, and advances by the count. `out` needs room for three bytes and
+// one to spare, which the place of the terminator always gives.
+inline char* PutCode(char* out, const ByteCodes& codes, unsigned char byte) {
+  const char* code = codes.code[byte];
+  const int count = code[3];
+  std::memcpy(out, code, 4);
+  return out + count;
 }
 
-inline char* PutEscape(char* out, unsigned char byte) {
-  out[0] = '%';
-  out[1] = VeskString::HexChar(byte >> 4);
-  out[2] = VeskString::HexChar(byte);
-  return out + 3;
-}
-
-// One input byte, written directly: kept as it is, a space as '+' when
-// asked, otherwise escaped.
-inline char* PutEncodedByte(char* out, unsigned char byte, bool kept,
-                            bool plusForSpace) {
-  if (kept) {
-    *out = static_cast<char>(byte);
-    return out + 1;
-  }
-  if (byte == ' ' && plusForSpace) {
-    *out = '+';
-    return out + 1;
-  }
-  return PutEscape(out, byte);
-}
-
-// The same, byte by byte through AppendChar, where growth may be needed.
-void AppendEncodedByte(VeskString& out, unsigned char byte, const ByteSet& kept,
-                       bool plusForSpace) {
-  if (kept[byte]) {
-    out.AppendChar(static_cast<char>(byte));
-  } else if (byte == ' ' && plusForSpace) {
-    out.AppendChar('+');
-  } else {
-    AppendEscape(out, byte);
-  }
+// The same through AppendChar, where growth may be needed.
+void AppendCode(VeskString& out, const ByteCodes& codes, unsigned char byte) {
+  const char* code = codes.code[byte];
+  for (int i = 0; i < code[3]; ++i) out.AppendChar(code[i]);
 }
 
 // The vector test of a kept set: a mask of the kept bytes among 16.
@@ -118,166 +95,183 @@ inline unsigned EveryByte(const unsigned char*) { return 0xFFFF; }
 
 // Writes the 16 single-byte characters at `p`, whose kept ones `keptMask`
 // marks, to `out`, which has room for three bytes per input byte.
-char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
-               bool plusForSpace) {
+inline char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
+                      const ByteCodes& codes) {
   if (keptMask == 0xFFFF) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
     return out + 16;
   }
-  for (int i = 0; i < 16; ++i) {
-    out = PutEncodedByte(out, p[i], (keptMask >> i & 1) != 0, plusForSpace);
-  }
+  for (int i = 0; i < 16; ++i) out = PutCode(out, codes, p[i]);
   return out;
 }
 #endif
 
-// Calls `body` with the vector test of `kept` as a compile-time constant,
-// so that it is inlined into the loops; null for a set without one.
+// Calls `body` with the vector test of the bytes that `codes` keeps as a
+// compile-time constant, so that it is inlined into the loops; null for a
+// rule without one.
 template <class Body>
-void WithRule(const ByteSet& kept, Body body) {
+void WithRule(const ByteCodes& codes, Body body) {
 #if defined(__SSE2__)
-  if (&kept == &vesk::kLettersAndDigits) return body(Rule<LettersAndDigits>());
-  if (&kept == &vesk::kLettersDigitsDashDot) return body(Rule<StrictUrlBytes>());
-  if (&kept == &vesk::kUrlCharacters) return body(Rule<UrlBytes>());
-  if (&kept == &vesk::kAsciiBytes) return body(Rule<AsciiBytes>());
-  if (&kept == &vesk::kEveryByte) return body(Rule<EveryByte>());
+  if (&codes == &vesk::kFormCodes || &codes == &vesk::kFormPlusCodes) {
+    return body(Rule<LettersAndDigits>());
+  }
+  if (&codes == &vesk::kStrictCodes) return body(Rule<StrictUrlBytes>());
+  if (&codes == &vesk::kUrlCodes) return body(Rule<UrlBytes>());
+  if (&codes == &vesk::kAsciiCodes) return body(Rule<AsciiBytes>());
+  if (&codes == &vesk::kKeepAllCodes) return body(Rule<EveryByte>());
 #endif
   body(Rule<nullptr>());
 }
 
 // Encodes [p, stop) into `out`, which has room for three bytes per input
-// byte. Runs of kept bytes of the two common sets go 16 at a time.
+// byte. Runs of kept bytes go 16 at a time.
 template <Classifier Classify>
 char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
-                const ByteSet& kept, bool plusForSpace) {
+                const ByteCodes& codes) {
 #if defined(__SSE2__)
   if constexpr (Classify != nullptr) {
-    for (; stop - p >= 16; p += 16) {
-      out = PutChunk(p, Classify(p), out, plusForSpace);
-    }
+    for (; stop - p >= 16; p += 16) out = PutChunk(p, Classify(p), out, codes);
   }
 #endif
-  for (; p < stop; ++p) out = PutEncodedByte(out, *p, kept[*p], plusForSpace);
+  for (; p < stop; ++p) out = PutCode(out, codes, *p);
   return out;
 }
 
-// Appends every byte of `text` up to its NUL: kept bytes as they are, a
-// space as '+' when asked, the rest escaped. Batches that surely fit are
-// written directly; a byte that may need growth goes through AppendChar.
-void AppendEncoded(VeskString& out, const char* text, const ByteSet& kept,
-                   bool plusForSpace) {
+// Appends the code of every byte of `text` up to its NUL. Batches that
+// surely fit are written directly; a byte that may need growth goes
+// through AppendChar.
+void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
   auto* p = reinterpret_cast<const unsigned char*>(text);
   const unsigned char* const end = p + std::strlen(text);
   const DirectWriter writer(out);
-  WithRule(kept, [&](auto rule) {
+  WithRule(codes, [&](auto rule) {
     while (p < end) {
       const long batch = std::min<long>(end - p, writer.Room() / 3);
       if (batch <= 0) {
-        AppendEncodedByte(out, *p++, kept, plusForSpace);
+        AppendCode(out, codes, *p++);
         continue;
       }
-      writer.Commit(EncodeRun<decltype(rule)::value>(
-          p, p + batch, writer.Begin(), kept, plusForSpace));
+      writer.Commit(EncodeRun<decltype(rule)::value>(p, p + batch,
+                                                     writer.Begin(), codes));
       p += batch;
     }
   });
 }
 
 // The byte count of the code-page character that each lead byte begins,
-// asked of the host once per lead byte and operation: the code page does
-// not change in the middle of one.
+// asked of the host before the walk, so that the walk itself makes no call
+// and keeps its state in registers. A short text asks for each of its bytes
+// (calls that do not wait on one another, unlike a walk by characters); a
+// long one once for each of the 256 values. The code page does not change
+// in the middle of an operation.
 class CharacterWidths {
  public:
-  // 1 for a single-byte character; otherwise the bytes to escape.
-  long Of(unsigned char lead) {
-    unsigned long& known = m_known[lead >> 6];
-    const unsigned long bit = 1UL << (lead & 63);
-    if ((known & bit) == 0) {
-      const auto width = static_cast<unsigned>(PlayerBytesInChar(lead));
-      m_width[lead] = width >= 2 ? width : 1;
-      known |= bit;
+  CharacterWidths(const unsigned char* p, const unsigned char* end) {
+    if (end - p < 256) {
+      for (; p < end; ++p) Ask(*p);
+      return;
     }
+    unsigned wide = 0;
+    for (int byte = 0; byte < 256; ++byte) {
+      const unsigned long width = Ask(static_cast<unsigned char>(byte));
+      if (byte < 0x80) wide |= width - 1;
+    }
+    m_asciiIsSingleByte = wide == 0;
+  }
+
+  // 1 for a single-byte character; otherwise the bytes to escape. Known
+  // for the lead byte of every character of the text.
+  unsigned long Of(unsigned char lead) const { return m_width[lead]; }
+
+  // Whether every byte below 0x80 is known to be a character of its own;
+  // only a long text asks for them all.
+  bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
+
+ private:
+  unsigned long Ask(unsigned char lead) {
+    const auto width = static_cast<unsigned>(PlayerBytesInChar(lead));
+    m_width[lead] = width >= 2 ? width : 1;
     return m_width[lead];
   }
 
-  // Whether every byte below 0x80 is a character of its own, asked of the
-  // host at most once per operation.
-  bool AsciiIsSingleByte() {
-    if (m_asciiKnown == 0) {
-      m_asciiKnown = 1;
-      for (int lead = 0; lead < 0x80; ++lead) {
-        if (Of(static_cast<unsigned char>(lead)) != 1) m_asciiKnown = 2;
-      }
-    }
-    return m_asciiKnown == 1;
-  }
-
- private:
-  unsigned long m_known[4] = {};  // which entries of m_width are filled
   unsigned m_width[256];
-  int m_asciiKnown = 0;  // 0 not asked yet, 1 single-byte, 2 not
+  bool m_asciiIsSingleByte = false;
 };
 
 // Escapes whole characters of [p, stop) into `out`, which has room for
 // three bytes per input byte; stops early before a multibyte character
-// that reaches past `stop`. Returns the end of the output.
+// that reaches past `stop`. Returns the end of the output and moves `p`
+// past the characters written. With `asciiChunks`, every ASCII byte is
+// known to be a character of its own, and 16 of them can go at once.
 template <Classifier Classify>
-char* EscapeRun(const unsigned char*& p, const unsigned char* stop,
-                const unsigned char* end, char* out, const ByteSet& kept,
-                CharacterWidths& widths) {
+char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
+                const unsigned char* end, char* out, const ByteCodes& codes,
+                const CharacterWidths& widths, bool asciiChunks) {
+  const unsigned char* p = from;  // kept in a register, unlike `from`
   while (p < stop) {
+    const unsigned char* const chunkEnd = p + std::min<long>(16, stop - p);
 #if defined(__SSE2__)
-    // ASCII chunks of single-byte characters go 16 bytes at a time.
     if constexpr (Classify != nullptr) {
-      // Asking for every ASCII width pays off on long texts only.
-      if (stop - p >= 16 && AsciiBytes(p) == 0xFFFF && end - p >= 256 &&
-          widths.AsciiIsSingleByte()) {
-        out = PutChunk(p, Classify(p), out, false);
+      if (asciiChunks && chunkEnd - p == 16 && AsciiBytes(p) == 0xFFFF) {
+        out = PutChunk(p, Classify(p), out, codes);
         p += 16;
         continue;
       }
     }
 #endif
-    const long width = widths.Of(*p);
-    if (width == 1) {
-      out = PutEncodedByte(out, *p, kept[*p], false);
-      ++p;
-      continue;
+    // Character by character to the end of this chunk, or just past it.
+    while (p < chunkEnd) {
+      const unsigned long width = widths.Of(*p);
+      if (width == 1) {
+        out = PutCode(out, codes, *p++);
+        continue;
+      }
+      const long bytes = static_cast<long>(
+          std::min<unsigned long>(width, end - p));  // cut short by the NUL
+      if (bytes > stop - p) {
+        from = p;
+        return out;
+      }
+      for (long i = 0; i < bytes; ++i) {
+        out = PutCode(out, vesk::kEscapeAllCodes, *p++);
+      }
     }
-    const long bytes = std::min<long>(width, end - p);  // cut short by the NUL
-    if (bytes > stop - p) break;
-    for (long i = 0; i < bytes; ++i) out = PutEscape(out, *p++);
   }
+  from = p;
   return out;
 }
 
 // Walks the text by code-page characters: a multibyte character is escaped
-// byte by byte (as far as the text goes), a single byte by `kept`. Batches
-// that surely fit are written directly; a character that may need growth
-// goes through AppendChar.
-char* EscapedCopy(const VeskString& source, const ByteSet& kept) {
+// byte by byte (as far as the text goes), a single byte by `codes`.
+// Batches that surely fit are written directly; a character that may need
+// growth goes through AppendChar.
+char* EscapedCopy(const VeskString& source, const ByteCodes& codes) {
   if (source.Length() == 0) return nullptr;
   VeskString work;  // cleared on every way out, exceptions included
   const DirectWriter writer(work);
-  CharacterWidths widths;
   auto* p = reinterpret_cast<const unsigned char*>(source.Text());
   const unsigned char* const end = p + std::strlen(source.Text());
-  WithRule(kept, [&](auto rule) {
+  const CharacterWidths widths(p, end);
+  const bool asciiChunks = widths.AsciiIsSingleByte();
+  WithRule(codes, [&](auto rule) {
     while (p < end) {
       const long batch = std::min<long>(end - p, writer.Room() / 3);
       const unsigned char* const start = p;
       if (batch > 0) {
         writer.Commit(EscapeRun<decltype(rule)::value>(
-            p, p + batch, end, writer.Begin(), kept, widths));
+            p, p + batch, end, writer.Begin(), codes, widths, asciiChunks));
       }
       if (p != start) continue;
       // No whole character fits: this one goes byte by byte.
-      const long width = widths.Of(*p);
+      const unsigned long width = widths.Of(*p);
       if (width == 1) {
-        AppendEncodedByte(work, *p++, kept, false);
-      } else {
-        const long bytes = std::min<long>(width, end - p);
-        for (long i = 0; i < bytes; ++i) AppendEscape(work, *p++);
+        AppendCode(work, codes, *p++);
+        continue;
+      }
+      const long bytes =
+          static_cast<long>(std::min<unsigned long>(width, end - p));
+      for (long i = 0; i < bytes; ++i) {
+        AppendCode(work, vesk::kEscapeAllCodes, *p++);
       }
     }
   });
@@ -293,7 +287,7 @@ void VeskString::EncodeString(const char* text, int version, bool plusForSpace,
                                         ? CreateMBCSFromUTF8(text, true)
                                         : nullptr);
   AppendEncoded(*this, converted.get() != nullptr ? converted.get() : text,
-                vesk::kLettersAndDigits, plusForSpace);
+                plusForSpace ? vesk::kFormPlusCodes : vesk::kFormCodes);
 }
 
 void VeskString::EncodeStringHighAscii(const char* text, int version) {
@@ -301,18 +295,17 @@ void VeskString::EncodeStringHighAscii(const char* text, int version) {
   const vesk::ScopedBlock converted(
       version >= 6 ? CreateMBCSFromUTF8(text, true) : nullptr);
   AppendEncoded(*this, converted.get() != nullptr ? converted.get() : text,
-                vesk::kAsciiBytes, false);
+                vesk::kAsciiCodes);
 }
 
 char* VeskString::CreateEscapedCStr(bool strict) const {
-  return EscapedCopy(*this,
-                     strict ? vesk::kLettersDigitsDashDot : vesk::kEveryByte);
+  return EscapedCopy(*this, strict ? vesk::kStrictCodes : vesk::kKeepAllCodes);
 }
 
 char* VeskString::CreateUpper128ASCIIEscapedCStr() const {
-  return EscapedCopy(*this, vesk::kAsciiBytes);
+  return EscapedCopy(*this, vesk::kAsciiCodes);
 }
 
 char* VeskString::CreateEncodedUrl() const {
-  return EscapedCopy(*this, vesk::kUrlCharacters);
+  return EscapedCopy(*this, vesk::kUrlCodes);
 }
