@@ -34,6 +34,12 @@ inline unsigned BlockMask(__m128i bytes) {
   return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
 
+// 16 copies of `byte`, spread from a general register; a broadcast from
+// memory would read back a single stored byte as four and stall.
+inline __m128i Broadcast(unsigned char byte) {
+  return _mm_set1_epi32(static_cast<int>(byte * 0x01010101u));
+}
+
 // FoldByte on 16 bytes: 'A' to 'Z' are moved to -128 to -103 and gain 0x20.
 inline __m128i FoldBlock(__m128i bytes) {
   const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(0x80 - 'A'));

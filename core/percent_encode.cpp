@@ -44,19 +44,20 @@ inline __m128i Load16(const unsigned char* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
-// A mask with bit i set when byte i of `chunk` is one of the 62 letters and
-// digits. Signed compares leave every byte from 0x80 up outside both ranges.
+// Lanes of `bytes` that lie in [low, low + count), count at most 128: the
+// range is moved to start at -128, so that one signed compare tests it.
+inline __m128i InRange(__m128i bytes, unsigned char low, int count) {
+  const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(0x80 - low)));
+  return _mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-128 + count)));
+}
+
+// A mask with bit i set when byte i at `p` is one of the 62 letters and
+// digits. Bytes from 0x80 up fall outside both ranges.
 inline unsigned LettersAndDigits(const unsigned char* p) {
   const __m128i chunk = Load16(p);
-  const __m128i letter = _mm_or_si128(chunk, _mm_set1_epi8(0x20));
-  const __m128i isLetter =
-      _mm_and_si128(_mm_cmpgt_epi8(letter, _mm_set1_epi8('a' - 1)),
-                    _mm_cmplt_epi8(letter, _mm_set1_epi8('z' + 1)));
-  const __m128i isDigit =
-      _mm_and_si128(_mm_cmpgt_epi8(chunk, _mm_set1_epi8('0' - 1)),
-                    _mm_cmplt_epi8(chunk, _mm_set1_epi8('9' + 1)));
-  return static_cast<unsigned>(
-      _mm_movemask_epi8(_mm_or_si128(isLetter, isDigit)));
+  const __m128i letter = InRange(_mm_or_si128(chunk, _mm_set1_epi8(0x20)), 'a', 26);
+  const __m128i digit = InRange(chunk, '0', 10);
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(letter, digit)));
 }
 
 // A mask with bit i set when byte i of `chunk` is below 0x80.
@@ -130,6 +131,17 @@ char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
                 const ByteCodes& codes) {
 #if defined(__SSE2__)
   if constexpr (Classify != nullptr) {
+    // Two chunks a step: long runs of kept bytes take one branch per 32.
+    for (; stop - p >= 32; p += 32) {
+      const unsigned low = Classify(p), high = Classify(p + 16);
+      if ((low & high) == 0xFFFF) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), Load16(p + 16));
+        out += 32;
+        continue;
+      }
+      out = PutChunk(p + 16, high, PutChunk(p, low, out, codes), codes);
+    }
     for (; stop - p >= 16; p += 16) out = PutChunk(p, Classify(p), out, codes);
   }
 #endif
@@ -158,42 +170,51 @@ void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
   });
 }
 
-// The byte count of the code-page character that each lead byte begins,
-// asked of the host before the walk, so that the walk itself makes no call
-// and keeps its state in registers. A short text asks for each of its bytes
-// (calls that do not wait on one another, unlike a walk by characters); a
+// The escaped copies' own code table: the rule's code for the lead byte of
+// each single-byte character, and a count of 0 for the lead byte of a
+// multibyte one, whose width is kept beside. Character widths are asked of
+// the host before the walk, so that the walk itself makes no call and
+// keeps its state in registers: a short text asks for each of its bytes
+// (calls that do not wait on one another, unlike a walk by characters), a
 // long one once for each of the 256 values. The code page does not change
 // in the middle of an operation.
-class CharacterWidths {
+class CharacterCodes {
  public:
-  CharacterWidths(const unsigned char* p, const unsigned char* end) {
+  CharacterCodes(const unsigned char* p, const unsigned char* end,
+                 const ByteCodes& rule)
+      : m_rule(rule) {
     if (end - p < 256) {
-      for (; p < end; ++p) Ask(*p);
+      for (; p < end; ++p) Learn(*p);
       return;
     }
-    unsigned wide = 0;
+    bool asciiIsSingleByte = true;
     for (int byte = 0; byte < 256; ++byte) {
-      const unsigned long width = Ask(static_cast<unsigned char>(byte));
-      if (byte < 0x80) wide |= width - 1;
+      Learn(static_cast<unsigned char>(byte));
+      if (byte < 0x80) asciiIsSingleByte &= m_width[byte] == 1;
     }
-    m_asciiIsSingleByte = wide == 0;
+    m_asciiIsSingleByte = asciiIsSingleByte;
   }
 
-  // 1 for a single-byte character; otherwise the bytes to escape. Known
-  // for the lead byte of every character of the text.
-  unsigned long Of(unsigned char lead) const { return m_width[lead]; }
+  // The code of a single-byte character; a count of 0 marks a multibyte
+  // lead byte. Known for every byte value of the text.
+  const char* Of(unsigned char lead) const { return m_codes.code[lead]; }
+  // The byte count of the character that `lead` begins.
+  unsigned long Width(unsigned char lead) const { return m_width[lead]; }
 
   // Whether every byte below 0x80 is known to be a character of its own;
   // only a long text asks for them all.
   bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
 
  private:
-  unsigned long Ask(unsigned char lead) {
+  void Learn(unsigned char lead) {
     const auto width = static_cast<unsigned>(PlayerBytesInChar(lead));
     m_width[lead] = width >= 2 ? width : 1;
-    return m_width[lead];
+    std::memcpy(m_codes.code[lead], m_rule.code[lead], 4);
+    if (width >= 2) m_codes.code[lead][3] = 0;
   }
 
+  const ByteCodes& m_rule;
+  ByteCodes m_codes;
   unsigned m_width[256];
   bool m_asciiIsSingleByte = false;
 };
@@ -205,15 +226,15 @@ class CharacterWidths {
 // known to be a character of its own, and 16 of them can go at once.
 template <Classifier Classify>
 char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
-                const unsigned char* end, char* out, const ByteCodes& codes,
-                const CharacterWidths& widths, bool asciiChunks) {
+                const unsigned char* end, char* out, const ByteCodes& rule,
+                const CharacterCodes& codes, bool asciiChunks) {
   const unsigned char* p = from;  // kept in a register, unlike `from`
   while (p < stop) {
     const unsigned char* const chunkEnd = p + std::min<long>(16, stop - p);
 #if defined(__SSE2__)
     if constexpr (Classify != nullptr) {
       if (asciiChunks && chunkEnd - p == 16 && AsciiBytes(p) == 0xFFFF) {
-        out = PutChunk(p, Classify(p), out, codes);
+        out = PutChunk(p, Classify(p), out, rule);
         p += 16;
         continue;
       }
@@ -221,13 +242,16 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 #endif
     // Character by character to the end of this chunk, or just past it.
     while (p < chunkEnd) {
-      const unsigned long width = widths.Of(*p);
-      if (width == 1) {
-        out = PutCode(out, codes, *p++);
+      const char* code = codes.Of(*p);
+      const int count = code[3];
+      if (count != 0) {
+        std::memcpy(out, code, 4);
+        out += count;
+        ++p;
         continue;
       }
-      const long bytes = static_cast<long>(
-          std::min<unsigned long>(width, end - p));  // cut short by the NUL
+      const long bytes = static_cast<long>(std::min<unsigned long>(
+          codes.Width(*p), end - p));  // cut short by the NUL
       if (bytes > stop - p) {
         from = p;
         return out;
@@ -242,34 +266,33 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 }
 
 // Walks the text by code-page characters: a multibyte character is escaped
-// byte by byte (as far as the text goes), a single byte by `codes`.
+// byte by byte (as far as the text goes), a single byte by `rule`.
 // Batches that surely fit are written directly; a character that may need
 // growth goes through AppendChar.
-char* EscapedCopy(const VeskString& source, const ByteCodes& codes) {
+char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
   if (source.Length() == 0) return nullptr;
   VeskString work;  // cleared on every way out, exceptions included
   const DirectWriter writer(work);
   auto* p = reinterpret_cast<const unsigned char*>(source.Text());
   const unsigned char* const end = p + std::strlen(source.Text());
-  const CharacterWidths widths(p, end);
-  const bool asciiChunks = widths.AsciiIsSingleByte();
-  WithRule(codes, [&](auto rule) {
+  const CharacterCodes codes(p, end, rule);
+  const bool asciiChunks = codes.AsciiIsSingleByte();
+  WithRule(rule, [&](auto classifier) {
     while (p < end) {
       const long batch = std::min<long>(end - p, writer.Room() / 3);
       const unsigned char* const start = p;
       if (batch > 0) {
-        writer.Commit(EscapeRun<decltype(rule)::value>(
-            p, p + batch, end, writer.Begin(), codes, widths, asciiChunks));
+        writer.Commit(EscapeRun<decltype(classifier)::value>(
+            p, p + batch, end, writer.Begin(), rule, codes, asciiChunks));
       }
       if (p != start) continue;
       // No whole character fits: this one goes byte by byte.
-      const unsigned long width = widths.Of(*p);
-      if (width == 1) {
-        AppendCode(work, codes, *p++);
+      if (codes.Width(*p) == 1) {
+        AppendCode(work, rule, *p++);
         continue;
       }
       const long bytes =
-          static_cast<long>(std::min<unsigned long>(width, end - p));
+          static_cast<long>(std::min<unsigned long>(codes.Width(*p), end - p));
       for (long i = 0; i < bytes; ++i) {
         AppendCode(work, vesk::kEscapeAllCodes, *p++);
       }

@@ -3,6 +3,7 @@
 // matches quickly; when checking those places costs too much for the text
 // passed, the search goes on with a two-way scan, whose time is linear in
 // the text and needle lengths for every input.
+#include <cstdint>
 #include <cstring>
 
 #include "ctext_scan.h"
@@ -12,10 +13,30 @@ namespace {
 
 using vesk::TextPrefix;
 
+// Whether the `n` bytes at `a` and `b` are the same. Short runs compare as
+// two overlapping words, which reads no byte outside either run.
+inline bool SameBytes(const char* a, const char* b, std::size_t n) {
+  const auto same = [&](auto word, std::size_t at) {
+    decltype(word) x, y;
+    std::memcpy(&x, a + at, sizeof x);
+    std::memcpy(&y, b + at, sizeof y);
+    return x == y;
+  };
+  if (n >= 8 && n <= 16) return same(std::uint64_t{}, 0) && same(std::uint64_t{}, n - 8);
+  if (n >= 4 && n < 8) return same(std::uint32_t{}, 0) && same(std::uint32_t{}, n - 4);
+  if (n < 4) {
+    for (std::size_t i = 0; i < n; ++i) {
+      if (a[i] != b[i]) return false;
+    }
+    return true;
+  }
+  return std::memcmp(a, b, n) == 0;
+}
+
 struct ExactBytes {
   static unsigned char Map(char c) { return static_cast<unsigned char>(c); }
   static bool Equal(const char* a, const char* b, std::size_t n) {
-    return std::memcmp(a, b, n) == 0;
+    return SameBytes(a, b, n);
   }
 #if VESK_SCAN_SSE2
   static __m128i MapBlock(__m128i bytes) { return bytes; }
@@ -141,20 +162,27 @@ const char* Find(const char* text, const char* needle) {
         TwoWay<Bytes>(text, prefix, place + 1, needle, static_cast<long>(m));
     return true;
   };
+#if VESK_SCAN_SSE2
+  const __m128i first16 = vesk::Broadcast(first);
+  const __m128i last16 = vesk::Broadcast(last);
+#endif
   std::size_t at = 0;  // The first place not yet looked at.
   do {
     const std::size_t end = prefix.known() - m + 1;  // Places with room.
 #if VESK_SCAN_SSE2
-    const __m128i first16 = _mm_set1_epi8(static_cast<char>(first));
-    const __m128i last16 = _mm_set1_epi8(static_cast<char>(last));
-    for (; at + 16 <= end; at += 16) {
-      const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + at));
-      const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(text + at + m - 1));
+    // 16 places at a time; a last block overlaps places already looked at,
+    // which its mask leaves out.
+    while (at < end && end >= 16) {
+      const std::size_t block = at + 16 <= end ? at : end - 16;
+      const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + block));
+      const __m128i tail =
+          Bytes::MapBlock(vesk::LoadBlock(text + block + m - 1));
       unsigned hits = vesk::BlockMask(_mm_and_si128(
           _mm_cmpeq_epi8(head, first16), _mm_cmpeq_epi8(tail, last16)));
-      for (; hits != 0; hits &= hits - 1) {
-        if (check(at + __builtin_ctz(hits))) return found;
+      for (hits &= 0xFFFFu << (at - block); hits != 0; hits &= hits - 1) {
+        if (check(block + __builtin_ctz(hits))) return found;
       }
+      at = block + 16;
     }
 #endif
     for (; at < end; ++at) {
