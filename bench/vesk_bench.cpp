@@ -281,6 +281,26 @@ const boost::urls::grammar::lut_chars kUrlKept(
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
     "!\"#$%&'()*+,-./:;=?@[]_~");
 
+// What CreateEncodedUrl must do on a short text however fast it is: the
+// work string's first growth (257 bytes), a character width for each byte,
+// the exact copy, and the releases. Not a peer: the floor under the module.
+void AddRequiredCalls(const std::string& op, const std::string& text, int64_t bytes) {
+  VeskString source(text.c_str());
+  char* encoded = source.CreateEncodedUrl();
+  const unsigned long copySize = std::strlen(encoded) + 1;
+  Pelgc::SystemDelete(encoded);
+  Add(op + "floor_required_calls", [&text, copySize](State& state) {
+    for (auto _ : state) {
+      void* work = Pelgc::SystemNew(257, Pelgc::kMayReturnNull);
+      for (char c : text) DoNotOptimize(PlayerBytesInChar(static_cast<unsigned char>(c)));
+      void* copy = Pelgc::SystemNew(copySize, Pelgc::kMayReturnNull);
+      Pelgc::SystemDelete(work);
+      DoNotOptimize(copy);
+      Pelgc::SystemDelete(copy);
+    }
+  }, bytes);
+}
+
 void AddEncoders() {
   for (const Input& input : EncoderInputs()) {
     const std::string& text = input.text;
@@ -315,6 +335,7 @@ void AddEncoders() {
     Add(url + "boost_url", [&text](State& state) {
       for (auto _ : state) DoNotOptimize(boost::urls::encode(text, kUrlKept));
     }, bytes);
+    if (input.name == "query_8_32") AddRequiredCalls(url, text, bytes);
     Add("EscapedCStr/" + input.name + "/vesk", [&text](State& state) {
       VeskString s(text.c_str());
       for (auto _ : state) {
@@ -382,6 +403,14 @@ void AddSearches() {
         DoNotOptimize(std::string_view(Opaque(hay), size).find(needleView));
       }
     });
+    // Not a peer: the two length scans that reading nothing past either
+    // terminator requires before any block of the haystack is loaded.
+    Add(str + "floor_length_scans", [hay, needle](State& state) {
+      for (auto _ : state) {
+        DoNotOptimize(std::strlen(Opaque(needle)));
+        DoNotOptimize(std::memchr(Opaque(hay), 0, 256));
+      }
+    });
     const std::string icase = "VeskStrCaseStr/" + c.name + "/";
     Add(icase + "vesk", [hay, needle](State& state) {
       for (auto _ : state) DoNotOptimize(VeskStrCaseStr(Opaque(hay), needle));
@@ -401,6 +430,13 @@ void AddSearches() {
   });
   Add("VeskStrICmp/url/glibc_strcasecmp", [](State& state) {
     for (auto _ : state) DoNotOptimize(strcasecmp(Opaque(a.c_str()), Opaque(b.c_str())));
+  });
+  // Not a peer: both texts measured before any block of them is loaded.
+  Add("VeskStrICmp/url/floor_length_scans", [](State& state) {
+    for (auto _ : state) {
+      DoNotOptimize(std::memchr(Opaque(a.c_str()), 0, 128));
+      DoNotOptimize(std::memchr(Opaque(b.c_str()), 0, a.size()));
+    }
   });
   Add("VeskStrNICmp/url/vesk", [](State& state) {
     for (auto _ : state) DoNotOptimize(VeskStrNICmp(Opaque(a.c_str()), Opaque(b.c_str()), 64));
