@@ -18,8 +18,11 @@ if [ "${1:-}" = "--smoke" ]; then
     --benchmark_filter='-(1MiB|adversarial)'
 fi
 
-repetitions=3
+# Repetitions run in random order, so that a slow spell of a shared machine
+# does not fall on one side of a comparison only.
+repetitions=5
 "$bench" --benchmark_repetitions=$repetitions \
+  --benchmark_enable_random_interleaving=true \
   --benchmark_report_aggregates_only=true --benchmark_min_time=0.1 \
   --benchmark_out=build/bench/results.json --benchmark_out_format=json
 mkdir -p docs
