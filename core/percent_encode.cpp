@@ -195,9 +195,9 @@ class CharacterCodes {
     m_asciiIsSingleByte = asciiIsSingleByte;
   }
 
-  // The code of a single-byte character; a count of 0 marks a multibyte
-  // lead byte. Known for every byte value of the text.
-  const char* Of(unsigned char lead) const { return m_codes.code[lead]; }
+  // The rule's codes for single-byte characters; a count of 0 marks a
+  // multibyte lead byte. Known for every byte value of the text.
+  const ByteCodes& Table() const { return m_codes; }
   // The byte count of the character that `lead` begins.
   unsigned long Width(unsigned char lead) const { return m_width[lead]; }
 
@@ -242,12 +242,8 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 #endif
     // Character by character to the end of this chunk, or just past it.
     while (p < chunkEnd) {
-      const char* code = codes.Of(*p);
-      const int count = code[3];
-      if (count != 0) {
-        std::memcpy(out, code, 4);
-        out += count;
-        ++p;
+      if (codes.Table().code[*p][3] != 0) {
+        out = PutCode(out, codes.Table(), *p++);
         continue;
       }
       const long bytes = static_cast<long>(std::min<unsigned long>(
