@@ -6,7 +6,9 @@
 
 using vesk::kEmptyText;
 
-bool VeskString::EnsureCapacity(int required) {
+// Out of line, so that the appends' common path (the bytes fit) stays a
+// leaf without the growth's register saves.
+__attribute__((noinline)) bool VeskString::EnsureCapacity(int required) {
   if (required < m_capacity) return true;
   // Small buffers grow by 256 bytes beyond the need, large ones by half.
   const long grown = m_capacity > 1023 ? m_capacity / 2 + long{required}
@@ -41,9 +43,10 @@ void VeskString::AppendBytes(const char* text, unsigned long n) {
     Pelgc::GCHeap::instance->Abort();
   }
   const int length = m_length + static_cast<int>(n);
-  if (!EnsureCapacity(length + 1)) return;
-  std::memcpy(m_text + m_length, text, n);
-  m_text[length] = '\0';
+  if (length + 1 >= m_capacity && !EnsureCapacity(length + 1)) return;
+  char* const end = m_text + static_cast<unsigned int>(m_length);
+  std::memcpy(end, text, n);
+  end[n] = '\0';
   m_length = length;
 }
 
