@@ -165,23 +165,33 @@ const char* Find(const char* text, const char* needle) {
 #if VESK_SCAN_SSE2
   const __m128i first16 = vesk::Broadcast(first);
   const __m128i last16 = vesk::Broadcast(last);
+  // Places from `block` on where both the first and the last byte fit.
+  const auto hits = [&](std::size_t block) {
+    const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + block));
+    const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(text + block + m - 1));
+    return vesk::BlockMask(_mm_and_si128(_mm_cmpeq_epi8(head, first16),
+                                         _mm_cmpeq_epi8(tail, last16)));
+  };
+  const auto check_all = [&](std::size_t block, unsigned places) {
+    for (; places != 0; places &= places - 1) {
+      if (check(block + __builtin_ctz(places))) return true;
+    }
+    return false;
+  };
 #endif
   std::size_t at = 0;  // The first place not yet looked at.
   do {
     const std::size_t end = prefix.known() - m + 1;  // Places with room.
 #if VESK_SCAN_SSE2
-    // 16 places at a time; a last block overlaps places already looked at,
-    // which its mask leaves out.
+    for (; end - at >= 32; at += 32) {
+      const unsigned places = hits(at) | hits(at + 16) << 16;
+      if (places != 0 && check_all(at, places)) return found;
+    }
+    // The last places, 16 at a time; the last block may overlap places
+    // already looked at, which its mask leaves out.
     while (at < end && end >= 16) {
       const std::size_t block = at + 16 <= end ? at : end - 16;
-      const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + block));
-      const __m128i tail =
-          Bytes::MapBlock(vesk::LoadBlock(text + block + m - 1));
-      unsigned hits = vesk::BlockMask(_mm_and_si128(
-          _mm_cmpeq_epi8(head, first16), _mm_cmpeq_epi8(tail, last16)));
-      for (hits &= 0xFFFFu << (at - block); hits != 0; hits &= hits - 1) {
-        if (check(block + __builtin_ctz(hits))) return found;
-      }
+      if (check_all(block, hits(block) & 0xFFFFu << (at - block))) return found;
       at = block + 16;
     }
 #endif
