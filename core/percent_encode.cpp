@@ -294,7 +294,9 @@ char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
       }
     }
   });
-  return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText);
+  // The escapes hold no NUL, so the length measures the copy.
+  return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
+                   static_cast<unsigned long>(work.Length()));
 }
 
 }  // namespace
