@@ -82,16 +82,6 @@ class VeskString {
     PutCharAndNul(m_text + static_cast<unsigned int>(length), c);
     m_length = length + 1;
   }
-  // Writes `c` and a NUL after it with one two-byte store.
-  static void PutCharAndNul(char* at, char c) {
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    const unsigned short pair = static_cast<unsigned char>(c);
-#else
-    const unsigned short pair =
-        static_cast<unsigned short>(static_cast<unsigned char>(c) << 8);
-#endif
-    __builtin_memcpy(at, &pair, 2);
-  }
   // Appends C text; null appends nothing.
   void AppendString(const char* text);
   // Appends at most `n` bytes of the NUL-terminated `text`.
@@ -194,6 +184,16 @@ class VeskString {
 
   // Makes room for `required` + 1 bytes; false when the heap gives none.
   bool EnsureCapacity(int required);
+  // Writes `c` and a NUL after it with one two-byte store.
+  static void PutCharAndNul(char* at, char c) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    const unsigned short pair = static_cast<unsigned char>(c);
+#else
+    const unsigned short pair =
+        static_cast<unsigned short>(static_cast<unsigned char>(c) << 8);
+#endif
+    __builtin_memcpy(at, &pair, 2);
+  }
   void AppendBytes(const char* text, unsigned long n);
 
   char* m_text;
