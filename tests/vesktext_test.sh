@@ -45,13 +45,15 @@ usage() {
     fail "expected usage error '$message'" "$@"
 }
 
-# help COMMAND: --help and -h print the command's usage first, status 0.
+# help COMMAND: --help and -h print the command's usage first, status 0,
+# in lines that fit 80 columns.
 help() {
   local flag
   for flag in --help -h; do
     run "$@" "$flag"
     [ "$status" -eq 0 ] && [ ! -s "$work/err" ] &&
-      head -n 1 "$work/out" | grep -qF "usage: vesktext [--codepage NAME] $1" ||
+      head -n 1 "$work/out" | grep -qF "usage: vesktext [--codepage NAME] $1" &&
+      ! grep -q '^.\{80\}' "$work/out" ||
       fail "expected the help of $1" "$@" "$flag"
   done
 }

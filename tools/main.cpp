@@ -124,10 +124,34 @@ const std::vector<Command>& Commands() {
   return kCommands;
 }
 
+// The usage line of a command, wrapped before 80 columns at the spaces
+// between its words; a bracketed option with its value is one word.
+void PrintCommandUsage(std::FILE* out, const char* synopsis) {
+  const std::string lead = "usage: vesktext [--codepage NAME]";
+  const std::string indent(lead.find('['), ' ');
+  std::string line = lead, word;
+  int depth = 0;
+  for (const char* c = synopsis;; ++c) {
+    if (*c != '\0' && (*c != ' ' || depth > 0)) {
+      depth += (*c == '[') - (*c == ']');
+      word += *c;
+      continue;
+    }
+    if (line.size() + 1 + word.size() < 80) {
+      line += ' ' + word;
+    } else {
+      std::fprintf(out, "%s\n", line.c_str());
+      line = indent + word;
+    }
+    word.clear();
+    if (*c == '\0') break;
+  }
+  std::fprintf(out, "%s\n", line.c_str());
+}
+
 void PrintUsage(std::FILE* out, const Command* command) {
   if (command != nullptr) {
-    std::fprintf(out, "usage: vesktext [--codepage NAME] %s\n",
-                 command->synopsis);
+    PrintCommandUsage(out, command->synopsis);
     return;
   }
   std::fputs(
