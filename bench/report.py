@@ -67,7 +67,8 @@ TARGETS = [
 # bear on. Each takes the run's medians and the input, so that the share of
 # the peer's time that the rules alone take is that of the same run.
 def floor_share(times, op, case, floor, peer):
-    own, other = times.get(f"{op}/{case}/{floor}"), times.get(f"{op}/{case}/{peer}")
+    own = times.get(f"{op}/{case}/{floor}")
+    other = times.get(f"{op}/{case}/{peer}")
     return own / other if own is not None and other is not None else None
 
 
@@ -109,10 +110,11 @@ WHY = {
     "CreateEncodedUrl/boost_url/query_8_32": short_copy_why("Boost.URL", 1.0),
     "CreateEncodedUrl/curl_easy_escape/query_8_32":
         short_copy_why("libcurl", 0.5),
-    "VeskStrStr/glibc_strstr": length_scans_why("VeskStrStr", "`strlen`, `memchr`",
-                                                "block scan"),
-    "VeskStrICmp/glibc_strcasecmp": length_scans_why("VeskStrICmp", "two `memchr`",
-                                                     "16-byte folded compare"),
+    "VeskStrStr/glibc_strstr":
+        length_scans_why("VeskStrStr", "`strlen`, `memchr`", "block scan"),
+    "VeskStrICmp/glibc_strcasecmp":
+        length_scans_why("VeskStrICmp", "two `memchr`",
+                         "16-byte folded compare"),
 }
 
 
