@@ -91,17 +91,24 @@ def short_copy_why(peer_name, limit):
     return why
 
 
-def length_scans_why(op, scans, work):
+def length_scans_why(op, scans, work, limit=None):
     def why(times, case, peer):
         share = floor_share(times, op, case, "floor_length_scans", peer)
         if share is None:
             return None
-        return ("Part of the gap is a rule: the module reads no byte past a "
+        text = ("Part of the gap is a rule: the module reads no byte past a "
                 f"terminator, so it measures both texts ({scans}; "
                 "`floor_length_scans` in the table) before it loads any "
                 f"block. Those scans alone take {share:.2f}x glibc's time, "
                 "where glibc scans once with aligned loads that may run past "
-                f"the terminator. The rest is the module's own {work}.")
+                "the terminator.")
+        least = floor_share(times, op, case, "floor_scans_and_memcmp", peer)
+        if limit is not None and least is not None and least >= limit:
+            return text + (" With a plain `memcmp` of the text after them, "
+                           "which folds nothing (`floor_scans_and_memcmp`), "
+                           f"they take {least:.2f}x, so the target cannot be "
+                           "met without reading past a terminator.")
+        return text + f" The rest is the module's own {work}."
     return why
 
 
@@ -117,7 +124,7 @@ WHY = {
         length_scans_why("VeskStrICmp", "two `memchr`",
                          "16-byte folded compare (a 32-byte AVX2 compare, "
                          "tried, measured about 15% faster: short of the "
-                         "target, and left out)"),
+                         "target, and left out)", 1.0),
 }
 
 
