@@ -32,46 +32,6 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
   }
 }
 
-// The offset of the first byte equal to `byte` among the `n` at `p`, or n.
-std::size_t FirstByte(const char* p, std::size_t n, char byte) {
-  std::size_t i = 0;
-#if VESK_SCAN_SSE2
-  if (n >= 16) {
-    const __m128i wanted = _mm_set1_epi8(byte);
-    for (;; i += 16) {
-      if (i + 16 > n) i = n - 16;  // A last block overlapping checked bytes.
-      const unsigned hits =
-          vesk::BlockMask(_mm_cmpeq_epi8(vesk::LoadBlock(p + i), wanted));
-      if (hits != 0) return i + __builtin_ctz(hits);
-      if (i + 16 == n) return n;
-    }
-  }
-#endif
-  while (i < n && p[i] != byte) ++i;
-  return i;
-}
-
-// The offset of the last byte equal to `byte` among the `n` at `p`, or n.
-std::size_t LastByte(const char* p, std::size_t n, char byte) {
-  std::size_t end = n;
-#if VESK_SCAN_SSE2
-  if (n >= 16) {
-    const __m128i wanted = _mm_set1_epi8(byte);
-    for (;; end -= 16) {
-      if (end < 16) end = 16;  // A first block overlapping checked bytes.
-      const unsigned hits = vesk::BlockMask(
-          _mm_cmpeq_epi8(vesk::LoadBlock(p + end - 16), wanted));
-      if (hits != 0) return end - 16 + (31 - __builtin_clz(hits));
-      if (end == 16) return n;
-    }
-  }
-#endif
-  while (end != 0) {
-    if (p[--end] == byte) return end;
-  }
-  return n;
-}
-
 // Whether `c` can equal a byte read as signed: -128 to 127 but not 0.
 bool IsSearchableByte(int c) { return c >= -128 && c <= 127 && c != 0; }
 
@@ -94,18 +54,11 @@ bool VarStrEqual(const char* a, const char* b, bool caseSensitive) {
   return caseSensitive ? std::strcmp(a, b) == 0 : VeskStrICmp(a, b) == 0;
 }
 
+// The C library's byte searches read the text once, up to the match or the
+// terminator, and agree with these for every byte but the NUL, sorted out
+// first.
 const char* VeskStrChr(const char* s, int c) {
-  if (!IsSearchableByte(c)) return nullptr;
-  vesk::TextPrefix text(s, 256);
-  std::size_t from = 0;
-  do {
-    const std::size_t known = text.known();
-    const std::size_t at =
-        from + FirstByte(s + from, known - from, static_cast<char>(c));
-    if (at < known) return s + at;
-    from = known;
-  } while (text.Grow());
-  return nullptr;
+  return IsSearchableByte(c) ? std::strchr(s, c) : nullptr;
 }
 
 long VeskStrChrIndex(const char* s, int c) {
@@ -114,10 +67,7 @@ long VeskStrChrIndex(const char* s, int c) {
 }
 
 const char* VeskStrRChr(const char* s, int c) {
-  if (!IsSearchableByte(c)) return nullptr;
-  const std::size_t n = std::strlen(s);
-  const std::size_t at = LastByte(s, n, static_cast<char>(c));
-  return at < n ? s + at : nullptr;
+  return IsSearchableByte(c) ? std::strrchr(s, c) : nullptr;
 }
 
 long VeskStrStrIndex(const char* haystack, const char* needle) {
