@@ -45,9 +45,11 @@ void VeskString::AppendBytes(const char* text, unsigned long n) {
   const int length = m_length + static_cast<int>(n);
   if (length + 1 >= m_capacity && !EnsureCapacity(length + 1)) return;
   char* const end = m_text + static_cast<unsigned int>(m_length);
-  std::memcpy(end, text, n);
+  // The copy comes last so that it can be a tail call: `text` never lies in
+  // this string's buffer, so the terminator cannot land inside it.
   end[n] = '\0';
   m_length = length;
+  std::memcpy(end, text, n);
 }
 
 void VeskString::Truncate(unsigned int newLength) {
