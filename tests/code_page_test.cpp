@@ -10,11 +10,7 @@ namespace {
 using vesk_test::ScopedCodePage;
 
 std::string Converted(const char* utf8) {
-  char* text = CreateMBCSFromUTF8(utf8, true);
-  if (text == nullptr) return "(null)";
-  std::string bytes(text);
-  Pelgc::SystemDelete(text);
-  return bytes;
+  return vesk_test::TakeHeapText(CreateMBCSFromUTF8(utf8, true));
 }
 
 TEST(CodePageTest, SettingIsProcessWideAndRejectsUnknownNames) {

@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <functional>
-#include <iterator>
 #include <new>
 #include <string>
 #include <utility>
@@ -33,42 +32,6 @@ void ExpectHeapText(const std::function<char*()>& make,
   ASSERT_NE(text, nullptr) << bytes;
   EXPECT_EQ(std::string(text, bytes.size() + 1), bytes + '\0');
   Pelgc::SystemDelete(text);
-}
-
-TEST(CTextHeap, CopiesHaveExactSizes) {
-  // `counted`: the first `n` bytes, read from a text that ends there.
-  struct Case { std::string text; unsigned long n; std::string counted; };
-  const std::string nul("a\0b", 3);
-  const Case cases[] = {{"", 0, ""}, {"abcdef", 3, "abc"}, {nul, 3, nul},
-                        {"\xE9z", 2, "\xE9z"}, {"abc", 0, ""}};
-  for (const Case& c : cases) {
-    Guarded8 text(c.text);
-    auto first = Guarded8::Counted(c.text, c.n);
-    const std::string whole = c.text.c_str();
-    ExpectHeapText([&] { return CreateStr(text.get()); }, whole,
-                   whole.size() + 1);
-    ExpectHeapText([&] { return CreateStr(first.get(), c.n); }, c.counted,
-                   c.n + 1);
-    ExpectHeapText([&] { return CreateStr(c.n); }, "", c.n + 1);
-  }
-}
-
-TEST(CTextHeap, ConcatAndDecimal) {
-  for (const char* b : {"", "cd"}) {
-    for (const char* a : {"", "ab"}) {
-      Guarded8 ga(a), gb(b);
-      const std::string joined = std::string(a) + b;
-      ExpectHeapText([&] { return ConcatStr(ga.get(), gb.get()); }, joined,
-                     joined.size() + 1);
-    }
-  }
-  struct Case { unsigned long long value; const char* text; };
-  const Case cases[] = {{0, "0"}, {7, "7"}, {10, "10"},
-                        {1234567890, "1234567890"},
-                        {ULLONG_MAX, "18446744073709551615"}};
-  for (const Case& c : cases) {
-    ExpectHeapText([&] { return U64ToChar(c.value); }, c.text, 21);
-  }
 }
 
 TEST(CTextHeap, ScriptStringsCopyTheirUtf8View) {

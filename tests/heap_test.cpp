@@ -1,7 +1,5 @@
 // The default host heap: accounting, fault injection and pointer checks.
 #include <new>
-#include <utility>
-#include <vector>
 
 #include "test_support.h"
 
@@ -24,25 +22,6 @@ TEST(HeapTest, AccountsRequestsAndReleases) {
   const Pelgc::HeapStats after = Pelgc::GetHeapStats();
   EXPECT_EQ(after.releases - before.releases, 2u);
   EXPECT_EQ(after.live, before.live);
-}
-
-std::vector<std::pair<unsigned long, Pelgc::FixedMallocOpts>> g_seen;
-
-TEST(HeapTest, RequestObserverSeesEveryRequestFailedOnesIncluded) {
-  g_seen.clear();
-  Pelgc::SetRequestObserver([](unsigned long size, Pelgc::FixedMallocOpts o) {
-    g_seen.emplace_back(size, o);
-  });
-  Pelgc::SystemDelete(Pelgc::SystemNew(7, Pelgc::kNeverNull));
-  {
-    ScopedHeapFault fault(0, HeapFault::kReturnNull);
-    EXPECT_EQ(Pelgc::SystemNew(9, Pelgc::kMayReturnNull), nullptr);
-  }
-  Pelgc::SetRequestObserver(nullptr);
-  Pelgc::SystemDelete(Pelgc::SystemNew(11, Pelgc::kNeverNull));
-  const decltype(g_seen) expected = {{7, Pelgc::kNeverNull},
-                                     {9, Pelgc::kMayReturnNull}};
-  EXPECT_EQ(g_seen, expected);
 }
 
 struct FaultCase {
@@ -89,14 +68,6 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<FaultCase>& info) {
       return std::string(info.param.name);
     });
-
-TEST(HeapTest, ClearHeapFaultDisarms) {
-  Pelgc::InjectHeapFault(0, HeapFault::kReturnNull, true);
-  Pelgc::ClearHeapFault();
-  void* block = Pelgc::SystemNew(4, Pelgc::kMayReturnNull);
-  EXPECT_NE(block, nullptr);
-  Pelgc::SystemDelete(block);
-}
 
 TEST(HeapTest, ReportsThrowTheirErrors) {
   EXPECT_THROW(Pelgc::GCHeap::SignalObjectTooLarge(),

@@ -1,5 +1,4 @@
 // VeskString appending, the growth rule, hex digits and shortening.
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,10 +7,7 @@
 
 namespace {
 
-using Pelgc::HeapFault;
 using vesk_test::Bytes;
-using vesk_test::RequestCounter;
-using vesk_test::ScopedHeapFault;
 
 // The capacity after each growth, and the length at which it happened.
 std::vector<std::pair<int, int>> Growths(VeskString* s, int appends,
@@ -35,14 +31,6 @@ TEST(AppendTest, AppendCharGrowsByTheRule) {
       {1536, 2305}, {2304, 3457}, {3456, 5185}, {5184, 7777}, {7776, 11665}};
   EXPECT_EQ(growths, expected);
   EXPECT_EQ(Bytes(s), std::string(11000, 'x'));
-}
-
-TEST(AppendTest, AppendStringOneByteAtATimeKeepsASpareByte) {
-  VeskString s;
-  const auto growths =
-      Growths(&s, 300, [](VeskString* t) { t->AppendString("y"); });
-  const std::vector<std::pair<int, int>> expected = {{0, 258}, {256, 514}};
-  EXPECT_EQ(growths, expected);
 }
 
 struct GrowthCase {
@@ -78,6 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
         GrowthCase{"SmallBufferGrowsBy256", 1023, 1022, "b", true, 1279},
         GrowthCase{"LargeBufferGrowsByHalf", 1024, 1023, "b", true, 1536},
         GrowthCase{"TenBytesToZeroed", 0, 0, "0123456789", false, 267},
+        GrowthCase{"OneByteKeepsASpareByte", 0, 0, "y", false, 258},
         GrowthCase{"NineCharsFitTen", 10, 0, "123456789", true, 10},
         GrowthCase{"TenthCharGrows", 10, 0, "1234567890", true, 266},
         GrowthCase{"NineBytesGrowTenAtOnce", 10, 0, "123456789", false, 266},
@@ -88,22 +77,6 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<GrowthCase>& info) {
       return std::string(info.param.name);
     });
-
-TEST(AppendTest, GrowthCopiesTheTextAndReleasesTheOldBlockOnly) {
-  VeskString shared("");
-  RequestCounter counter;
-  shared.AppendChar('a');  // the shared empty text is never released
-  EXPECT_EQ(counter.Requests(), 1u);
-  EXPECT_EQ(counter.Releases(), 0u);
-  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 257u);
-  EXPECT_EQ(Pelgc::GetHeapStats().lastOpts, Pelgc::kMayReturnNull);
-
-  VeskString own(3);
-  own.AppendString("ab");
-  own.AppendString("cd");
-  EXPECT_EQ(Bytes(own), "abcd");
-  EXPECT_EQ(counter.Releases(), 1u);
-}
 
 TEST(AppendTest, AppendStringTakesAtMostNBytes) {
   const std::pair<int, std::string> cases[] = {
@@ -118,44 +91,6 @@ TEST(AppendTest, AppendStringTakesAtMostNBytes) {
   s.AppendString(nullptr, 3);
   EXPECT_EQ(Bytes(s), "x");
   EXPECT_EQ(s.Capacity(), 2);  // a null text does not even grow
-}
-
-TEST(AppendTest, AppendThreeCharsTakesEveryByte) {
-  VeskString s("x");
-  s.AppendThreeChars("a\0b");
-  EXPECT_EQ(Bytes(s), std::string("xa\0b", 4));
-}
-
-TEST(AppendTest, HexDigitsAreUpperCaseHighNibbleFirst) {
-  EXPECT_EQ(VeskString::HexChar(10), 'A');
-  EXPECT_EQ(VeskString::HexChar(0x3C), 'C');
-  EXPECT_EQ(VeskString::HexChar(-1), 'F');
-  EXPECT_EQ(VeskString::HexChar(7), '7');
-  const std::pair<unsigned char, const char*> bytes[] = {
-      {0x0A, "0A"}, {0x9F, "9F"}, {0xA0, "A0"}, {0xFF, "FF"}, {0x00, "00"}};
-  for (const auto& [byte, expected] : bytes) {
-    VeskString s;
-    s.AppendHexByte(byte);
-    EXPECT_EQ(Bytes(s), expected);
-  }
-}
-
-TEST(AppendTest, FailedGrowthDropsOnlyWhatItWasFor) {
-  VeskString s;
-  {
-    ScopedHeapFault fault(0, HeapFault::kReturnNull);
-    s.AppendChar('a');  // dropped
-    s.AppendChar('b');  // the fault was for one request only
-  }
-  EXPECT_EQ(Bytes(s), "b");
-  const int capacity = s.Capacity();
-  const std::string full(static_cast<size_t>(capacity), 'z');
-  {
-    ScopedHeapFault fault(0, HeapFault::kReturnNull);
-    s.AppendString(full.c_str());
-  }
-  EXPECT_EQ(Bytes(s), "b");
-  EXPECT_EQ(s.Capacity(), capacity);
 }
 
 struct ShortenCase {
@@ -208,16 +143,5 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<ShortenCase>& info) {
       return std::string(info.param.name);
     });
-
-TEST(AppendTest, ShorteningAZeroedOrSharedStringWritesNothing) {
-  VeskString zeroed;
-  zeroed.Truncate(0);
-  zeroed.RemoveTrailingSpaces();
-  EXPECT_TRUE(vesk_test::IsZeroed(zeroed));
-  VeskString shared("");  // a write into the shared text would fault
-  shared.Truncate(0);
-  shared.RemoveTrailingSpaces();
-  EXPECT_TRUE(vesk_test::IsSharedEmpty(shared));
-}
 
 }  // namespace

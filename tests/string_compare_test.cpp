@@ -1,7 +1,6 @@
 // VeskString equality, order, case folding, slicing and character codes.
 #include <cmath>
 #include <limits>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -10,17 +9,10 @@
 
 namespace {
 
-using Pelgc::HeapFault;
 using vesk_test::Bytes;
+using vesk_test::FromBytes;
 using vesk_test::IsSharedEmpty;
 using vesk_test::IsZeroed;
-using vesk_test::ScopedHeapFault;
-
-VeskString FromBytes(const std::string& bytes) {
-  VeskString s;
-  for (char c : bytes) s.AppendChar(c);
-  return s;
-}
 
 // The strings the comparison tables refer to by name.
 struct Samples {
@@ -79,6 +71,8 @@ TEST(CompareTest, EqualityWithCText) {
   EXPECT_TRUE(s.abc == s.abc.Text());
   EXPECT_TRUE(s.abc == "abc");
   EXPECT_FALSE(s.abc == "abd");
+  EXPECT_FALSE(s.abc == "abcd");
+  EXPECT_FALSE(s.ab == "abc");
   EXPECT_TRUE(s.abNulC == "ab");
 }
 
@@ -112,17 +106,6 @@ TEST(CaseTest, TablesHoldTheXorOfExactlyTheLetters) {
   }
 }
 
-TEST(CaseTest, ZeroedAndSharedStringsAreLeftAlone) {
-  VeskString zeroed;
-  zeroed.ToUpper();
-  zeroed.ToLower();
-  EXPECT_TRUE(IsZeroed(zeroed));
-  VeskString shared("");  // a write into the shared text would fault
-  shared.ToUpper();
-  shared.ToLower();
-  EXPECT_TRUE(IsSharedEmpty(shared));
-}
-
 struct SliceCase {
   int start;
   int end;
@@ -148,32 +131,11 @@ TEST(SliceTest, SlicesOfHello) {
   }
 }
 
-TEST(SliceTest, EmptyStringsGiveZeroedSlices) {
-  const VeskString strings[] = {VeskString(), VeskString(""), VeskString(8)};
-  for (const VeskString& s : strings) {
-    EXPECT_TRUE(IsZeroed(s.SubString(0, -1)));
-    EXPECT_TRUE(IsZeroed(s.SubString(0, 0)));
-  }
-}
-
 TEST(SliceTest, SlicesEndAtAnEmbeddedNul) {
   const VeskString s = FromBytes(std::string("ab\0cd", 5));
   EXPECT_TRUE(IsSharedEmpty(s.SubString(2, 4)));
   EXPECT_EQ(Bytes(s.SubString(1, 4)), "b");
   EXPECT_EQ(Bytes(s.SubString(3, -1)), "cd");
-}
-
-TEST(SliceTest, RequestsAScratchCopyThatMustNotFail) {
-  const VeskString s("hello");
-  vesk_test::RequestCounter counter;
-  {
-    ScopedHeapFault fault(0, HeapFault::kReturnNull);  // option 0 throws
-    EXPECT_THROW(s.SubString(1, 3), std::bad_alloc);
-  }
-  const VeskString slice = s.SubString(1, 3);
-  EXPECT_EQ(counter.Requests(), 3u);  // failed scratch; scratch and result
-  EXPECT_EQ(counter.Releases(), 1u);  // the scratch
-  EXPECT_EQ(Bytes(slice), "ell");
 }
 
 TEST(CharCodeTest, CodesAreSignedBytes) {
@@ -201,14 +163,6 @@ TEST(CharCodeTest, FromCodeKeepsTheLowByteOfTheTruncatedInt) {
     if (expected[0] == '\0') {
       EXPECT_TRUE(IsSharedEmpty(s)) << code;
     }
-  }
-}
-
-TEST(CharCodeTest, RoundTripsEveryNonNulByte) {
-  for (int byte = 1; byte < 256; ++byte) {
-    const VeskString one = FromBytes(std::string(1, static_cast<char>(byte)));
-    const VeskString back = VeskString::CharFromCode(one.CharCodeAt(0));
-    EXPECT_EQ(Bytes(back), Bytes(one)) << byte;
   }
 }
 

@@ -1,6 +1,5 @@
 // Formatted appending: integers, padded decimals, doubles and directives.
 #include <climits>
-#include <new>
 #include <string>
 
 #include "test_support.h"
@@ -10,8 +9,6 @@ namespace {
 using namespace std::string_literals;
 using vesk_test::Bytes;
 using vesk_test::IsZeroed;
-using vesk_test::ScopedHeapFault;
-using Pelgc::HeapFault;
 
 constexpr const char* kNull = nullptr;
 
@@ -72,26 +69,6 @@ TEST(AppendNDigitsTest, ZerosStandBeforeTheSign) {
     s.AppendNDigits(c.value, c.digits);
     EXPECT_EQ(Bytes(s), c.expected) << c.value << ", " << c.digits;
   }
-}
-
-TEST(FormattedAppendTest, NullDoubleTextAppendsAndReleasesNothing) {
-  VeskString s;
-  vesk_test::RequestCounter counter;
-  ScopedHeapFault fault(0, HeapFault::kReturnNull);  // the host's request
-  s.AppendFormat("%f%d", 1.5, 7);
-  EXPECT_EQ(Bytes(s), "7");
-  EXPECT_EQ(counter.Releases(), 0u);
-}
-
-TEST(FormattedAppendTest, GrowsAsAppendsDoAndDropsOnlyWhatFailed) {
-  VeskString chars, text, tight(3);
-  chars.AppendFormat("abc");
-  text.AppendFormat("%s", "abc");
-  EXPECT_EQ(chars.Capacity(), 257);  // as AppendChar grows
-  EXPECT_EQ(text.Capacity(), 260);   // as AppendString grows
-  ScopedHeapFault fault(0, HeapFault::kReturnNull);
-  tight.AppendFormat("ab%dcd", 5);  // only the growth for '5' fails
-  EXPECT_EQ(Bytes(tight), "abcd");
 }
 
 TEST(FormatTest, ReplacesTheTextOrLeavesItZeroed) {

@@ -20,6 +20,22 @@ inline std::string Bytes(const VeskString& s) {
                              : std::string(s.Text(), static_cast<size_t>(s.Length()));
 }
 
+// A string holding exactly `bytes`, NULs included.
+inline VeskString FromBytes(const std::string& bytes) {
+  VeskString s;
+  for (char c : bytes) s.AppendChar(c);
+  return s;
+}
+
+// The bytes of a heap text up to its NUL, which it releases; "(null)" for
+// none.
+inline std::string TakeHeapText(char* text) {
+  if (text == nullptr) return "(null)";
+  std::string bytes(text);
+  Pelgc::SystemDelete(text);
+  return bytes;
+}
+
 // The address every string in the shared-empty state points at.
 inline const char* SharedEmpty() {
   static const VeskString empty("");
@@ -76,7 +92,6 @@ class ScopedHeapFault {
 
 // Totals over every sweep that a test process runs, for a summary.
 struct SweepTotals {
-  unsigned long sweeps = 0;  // operations swept, each on one input
   unsigned long faults = 0;  // runs with a failing request
   unsigned long leaks = 0;   // runs that left a block live
 };
@@ -112,7 +127,6 @@ class FaultedRun {
 
   bool Armed() const { return m_armed; }
   unsigned long Failing() const { return m_k; }  // 0 for the first request
-  bool Persistent() const { return m_persistent; }
   bool Threw() const { return m_threw; }
   unsigned long Requests() const { return m_requests; }
 
@@ -135,7 +149,6 @@ inline void SweepHeapFaults(
     const std::function<void(const FaultedRun&)>& operation) {
   FaultedRun counting;
   operation(counting);
-  ++Totals().sweeps;
   const unsigned long requests = counting.Requests();
   for (unsigned long k = 0; k < requests; ++k) {
     for (Pelgc::HeapFault fault :
@@ -158,12 +171,6 @@ inline void SweepHeapFaults(
       }
     }
   }
-}
-
-// The same for an operation that is its own call under test and checks
-// its strings at its end, reached when nothing was thrown.
-inline void SweepHeapFaults(const std::function<void()>& operation) {
-  SweepHeapFaults([&](const FaultedRun& faulted) { faulted(operation); });
 }
 
 // Sets the host code page for its scope.

@@ -1,5 +1,4 @@
 // The default host's script VM string and its scoped UTF-8 view.
-#include <new>
 #include <string>
 #include <vector>
 
@@ -63,19 +62,6 @@ TEST(VmStringTest, NullAndEmptyGiveAnEmptyViewWithoutARequest) {
   EXPECT_EQ(ViewOf(nullptr), "");
   EXPECT_EQ(ViewOf(&empty), "");
   EXPECT_EQ(counter.Requests(), 0u);
-}
-
-TEST(VmStringTest, ViewBufferComesFromTheHostHeapAndIsReleased) {
-  marlo::String s("abc");
-  vesk_test::RequestCounter counter;
-  {
-    marlo::StUTF8String view(&s);
-    EXPECT_EQ(counter.Requests(), 1u);
-    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 4u);
-  }
-  EXPECT_EQ(counter.Releases(), 1u);
-  vesk_test::ScopedHeapFault fault(0, Pelgc::HeapFault::kReturnNull);
-  EXPECT_THROW(marlo::StUTF8String view(&s), std::bad_alloc);
 }
 
 }  // namespace
