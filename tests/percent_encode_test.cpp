@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "test_support.h"
 
@@ -43,36 +44,65 @@ std::string Copy(Copier copier, const std::string& text) {
 const std::string kAlnum =
     "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-TEST(KeptSetTest, EveryRuleKeepsExactlyItsBytes) {
-  std::string below128, every;
-  for (int b = 1; b < 256; ++b) {
-    every += static_cast<char>(b);
-    if (b < 0x80) below128 += static_cast<char>(b);
-  }
-  const struct {
-    const char* rule;
-    std::function<std::string(const std::string&)> encode;
-    std::string kept;
-  } kRules[] = {
-      {"EncodeString", [](auto& t) { return FormEncode(t); }, kAlnum},
-      {"EncodeStringHighAscii", [](auto& t) { return HighEncode(t); }, below128},
-      {"CreateEscapedCStr(true)", [](auto& t) { return Copy(Strict, t); },
-       kAlnum + "-."},
-      {"CreateEscapedCStr(false)", [](auto& t) { return Copy(Lenient, t); },
-       every},
-      {"CreateUpper128ASCIIEscapedCStr", [](auto& t) { return Copy(Upper128, t); },
-       below128},
-      {"CreateEncodedUrl", [](auto& t) { return Copy(Url, t); },
-       kAlnum + "!\"#$%&'()*+,-./:;=?@[]_~"},
-  };
-  const size_t kSizes[] = {62, 127, 64, 255, 127, 86};
-  for (size_t r = 0; r < std::size(kRules); ++r) {
-    EXPECT_EQ(kRules[r].kept.size(), kSizes[r]) << kRules[r].rule;
+struct KeptSet {
+  const char* rule;
+  std::function<std::string(const std::string&)> encode;
+  std::string kept;
+};
+
+const std::vector<KeptSet>& KeptSets() {
+  static const std::vector<KeptSet> sets = [] {
+    std::string below128, every;
     for (int b = 1; b < 256; ++b) {
-      const std::string byte(1, static_cast<char>(b));
-      const bool kept = kRules[r].kept.find(byte) != std::string::npos;
-      EXPECT_EQ(kRules[r].encode(byte), kept ? byte : Escape(b))
-          << kRules[r].rule << " byte " << b;
+      every += static_cast<char>(b);
+      if (b < 0x80) below128 += static_cast<char>(b);
+    }
+    return std::vector<KeptSet>{
+        {"EncodeString", [](auto& t) { return FormEncode(t); }, kAlnum},
+        {"EncodeStringHighAscii", [](auto& t) { return HighEncode(t); }, below128},
+        {"CreateEscapedCStr(true)", [](auto& t) { return Copy(Strict, t); },
+         kAlnum + "-."},
+        {"CreateEscapedCStr(false)", [](auto& t) { return Copy(Lenient, t); },
+         every},
+        {"CreateUpper128ASCIIEscapedCStr",
+         [](auto& t) { return Copy(Upper128, t); }, below128},
+        {"CreateEncodedUrl", [](auto& t) { return Copy(Url, t); },
+         kAlnum + "!\"#$%&'()*+,-./:;=?@[]_~"},
+    };
+  }();
+  return sets;
+}
+
+std::string Expected(const KeptSet& set, unsigned char byte) {
+  const bool kept = set.kept.find(static_cast<char>(byte)) != std::string::npos;
+  return kept ? std::string(1, static_cast<char>(byte)) : Escape(byte);
+}
+
+TEST(KeptSetTest, EveryRuleKeepsExactlyItsBytes) {
+  const size_t kSizes[] = {62, 127, 64, 255, 127, 86};
+  for (size_t r = 0; r < KeptSets().size(); ++r) {
+    const KeptSet& set = KeptSets()[r];
+    EXPECT_EQ(set.kept.size(), kSizes[r]) << set.rule;
+    for (int b = 1; b < 256; ++b) {
+      EXPECT_EQ(set.encode(std::string(1, static_cast<char>(b))),
+                Expected(set, static_cast<unsigned char>(b)))
+          << set.rule << " byte " << b;
+    }
+  }
+}
+
+// Each byte value after runs of kept bytes long enough for the 16- and
+// 32-byte steps, at changing offsets within them.
+TEST(KeptSetTest, EveryByteAfterLongRunsOfKeptBytes) {
+  for (const KeptSet& set : KeptSets()) {
+    for (int shift : {0, 9, 18, 27}) {
+      std::string text, expected;
+      for (int b = 1; b < 256; ++b) {
+        const std::string run(static_cast<size_t>(40 + (b + shift) % 32), 'a');
+        text += run + static_cast<char>(b);
+        expected += run + Expected(set, static_cast<unsigned char>(b));
+      }
+      EXPECT_EQ(set.encode(text), expected) << set.rule << " shift " << shift;
     }
   }
 }
