@@ -99,13 +99,6 @@ TEST(CaseTest, FoldsOnlyAsciiLettersUpToTheFirstNul) {
   }
 }
 
-TEST(CaseTest, TablesHoldTheXorOfExactlyTheLetters) {
-  for (int c = 0; c < 256; ++c) {
-    EXPECT_EQ(g_tolower_map[c], c >= 'A' && c <= 'Z' ? 0x20 : 0) << c;
-    EXPECT_EQ(g_toupper_map[c], c >= 'a' && c <= 'z' ? 0x20 : 0) << c;
-  }
-}
-
 struct SliceCase {
   int start;
   int end;

@@ -99,17 +99,6 @@ TEST(StorageTest, PositiveLengthReadsNoFurtherThanItSays) {
   ExpectString(s, State::kOwn, "abc", 4);
 }
 
-TEST(StorageTest, SetFromInsideItsOwnBufferKeepsTheBuffer) {
-  VeskString s("hello world");
-  const char* buffer = s.Text();
-  RequestCounter counter;
-  s.Set(s.Text() + 6, -1);
-  ExpectString(s, State::kOwn, "world", 12);
-  EXPECT_EQ(s.Text(), buffer);
-  EXPECT_EQ(counter.Requests(), 0u);
-}
-
-// A string holding 'a', 'b', NUL, 'c', 'd' with all five bytes counted.
 struct CopyCase {
   const char* name;
   std::function<VeskString()> make;
@@ -164,14 +153,6 @@ TEST(StorageTest, SelfAssignmentLeavesTheStringUntouched) {
   ExpectString(s, State::kOwn, "abc", 20);
   EXPECT_EQ(s.Text(), buffer);
   EXPECT_EQ(counter.Requests(), 0u);
-}
-
-TEST(StorageTest, AssignsCText) {
-  VeskString s;
-  s = "abc";
-  ExpectString(s, State::kOwn, "abc", 4);
-  s = static_cast<const char*>(nullptr);
-  ExpectString(s, State::kSharedEmpty, "", 1);
 }
 
 std::string g_releasedBytes;
