@@ -207,6 +207,8 @@ VESK_AVX2 char* EncodeRunWide(const unsigned char* p, const unsigned char* stop,
   return EncodeRun<Classify>(p, stop, out, codes);
 }
 
+// Dynamic initialisation: code run from other files' static initialisers
+// before it may read false, which only means the SSE2 loop.
 const bool g_hasAvx2 = [] {
   __builtin_cpu_init();
   return __builtin_cpu_supports("avx2") != 0;
