@@ -1,4 +1,4 @@
-// Stepping over prefixes, whitespace, schemes and slashes.
+// Stepping over prefixes and whitespace.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -35,17 +35,6 @@ TEST(CTextStrip, PrefixIn8And16BitText) {
   }
 }
 
-TEST(CTextStrip, PrefixOnWholeUnits) {
-  // Units above 0xFF match no prefix byte, whatever their low byte.
-  struct Case { Guarded16::Units text; const char* prefix; long at; };
-  const Case cases[] = {{{'A', 'B', 'C'}, "ab", 2}, {{0x1E9}, "\xE9", kNone},
-                        {{0x141}, "A", kNone}, {{0x161}, "A", kNone}};
-  for (const Case& c : cases) {
-    Guarded16 units(c.text);
-    EXPECT_EQ(StripPrefix(units.get(), c.prefix), At(units.get(), c.at));
-  }
-}
-
 TEST(CTextStrip, NullTextOrPrefix) {
   const char* none = nullptr;
   const unsigned short* none16 = nullptr;
@@ -60,21 +49,6 @@ TEST(CTextStrip, NullTextOrPrefix) {
   }
   EXPECT_EQ(StripWhitespace(none), nullptr);
   EXPECT_EQ(StripAtMostTwoSlashes(none), nullptr);
-}
-
-TEST(CTextStrip, WhitespaceSchemeAndSlashes) {
-  struct Case { const char *text, *scheme; int blank, slash; long at; };
-  const Case cases[] = {
-      {" \t\r\nx", "", 4, 0, 4}, {" \v\f ", "", 4, 0, 4}, {"", "", 0, 0, 0},
-      {"\xA0x", "\xA0", 0, 0, 1}, {"  FILE:x", "file:", 2, 0, 7},
-      {"\thttp://a", "HTTP:", 1, 0, 6}, {"x", "y", 0, 0, kNone},
-      {"/x", "/", 0, 1, 1}, {"//x", "//", 0, 2, 2}, {"///x", "", 0, 2, 0}};
-  for (const Case& c : cases) {
-    Guarded8 text(c.text), scheme(c.scheme);
-    EXPECT_EQ(StripWhitespace(text.get()), text.get() + c.blank) << c.text;
-    EXPECT_EQ(StripAtMostTwoSlashes(text.get()), text.get() + c.slash);
-    EXPECT_EQ(StripScheme(text.get(), scheme.get()), At(text.get(), c.at));
-  }
 }
 
 // Every byte before an 'x': only the six C-locale blanks are stepped over.

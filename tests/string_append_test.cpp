@@ -1,4 +1,4 @@
-// VeskString appending, the growth rule, hex digits and shortening.
+// VeskString appending and the growth rule.
 #include <string>
 #include <utility>
 #include <vector>
@@ -92,56 +92,5 @@ TEST(AppendTest, AppendStringTakesAtMostNBytes) {
   EXPECT_EQ(Bytes(s), "x");
   EXPECT_EQ(s.Capacity(), 2);  // a null text does not even grow
 }
-
-struct ShortenCase {
-  const char* name;
-  std::string text;
-  void (*shorten)(VeskString*);
-  std::string expected;
-};
-void PrintTo(const ShortenCase& c, std::ostream* os) { *os << c.name; }
-
-class ShortenTest : public testing::TestWithParam<ShortenCase> {};
-
-TEST_P(ShortenTest, ShortensInPlace) {
-  const ShortenCase& c = GetParam();
-  VeskString s;
-  s.AppendString(c.text.c_str(), static_cast<int>(c.text.size()));
-  const char* buffer = s.Text();
-  const int capacity = s.Capacity();
-  c.shorten(&s);
-  EXPECT_EQ(Bytes(s), c.expected);
-  EXPECT_EQ(s.Text()[s.Length()], '\0');
-  EXPECT_EQ(s.Text(), buffer);
-  EXPECT_EQ(s.Capacity(), capacity);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ShortenTest,
-    testing::Values(
-        ShortenCase{"TruncateShortens", "abcdef",
-                    [](VeskString* s) { s->Truncate(3); }, "abc"},
-        ShortenCase{"TruncateToZero", "abcdef",
-                    [](VeskString* s) { s->Truncate(0); }, ""},
-        ShortenCase{"TruncateBeyond", "abcdef",
-                    [](VeskString* s) { s->Truncate(10); }, "abcdef"},
-        ShortenCase{"TruncateHuge", "abcdef",
-                    [](VeskString* s) { s->Truncate(4294967295u); }, "abcdef"},
-        ShortenCase{"TrailingBlanks", "ab \t\r\n",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab"},
-        ShortenCase{"VerticalTabStays", "ab\v",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab\v"},
-        ShortenCase{"FormFeedStays", "ab\f",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, "ab\f"},
-        ShortenCase{"HighByteStays", "ab\xA0",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); },
-                    "ab\xA0"},
-        ShortenCase{"OnlyBlanks", "   ",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, ""},
-        ShortenCase{"InnerBlanksStay", " a b ",
-                    [](VeskString* s) { s->RemoveTrailingSpaces(); }, " a b"}),
-    [](const testing::TestParamInfo<ShortenCase>& info) {
-      return std::string(info.param.name);
-    });
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Formatted appending: integers, padded decimals, doubles and directives.
+// Formatted appending: padded decimals and directives.
 #include <climits>
 #include <string>
 
@@ -11,22 +11,6 @@ using vesk_test::Bytes;
 using vesk_test::IsZeroed;
 
 constexpr const char* kNull = nullptr;
-
-TEST(AppendIntTest, RadixesAndExtremes) {
-  const struct { long value; int radix; std::string expected; } kCases[] = {
-      {0, 2, "0"}, {0, 36, "0"}, {0, 1, ""}, {0, 37, ""}, {5, -2, ""},
-      {255, 16, "ff"}, {35, 36, "z"}, {10, 2, "1010"}, {-255, 10, "-255"},
-      {-1, 16, std::string(16, 'f')}, {-1, 2, std::string(64, '1')},
-      {-10, 16, "fffffffffffffff6"}, {-1, 36, "3w5e11264sgsf"},
-      {LONG_MIN, 10, "-9223372036854775808"},
-      {LONG_MIN, 16, "8000000000000000"}, {LONG_MAX, 36, "1y2p0ij32e8e7"},
-  };
-  for (const auto& c : kCases) {
-    VeskString s("<");
-    s.AppendInt(c.value, c.radix);
-    EXPECT_EQ(Bytes(s), "<" + c.expected) << c.value << " radix " << c.radix;
-  }
-}
 
 // Each row appends through AppendFormat to a string holding "~".
 #define ROW(expected, ...) \

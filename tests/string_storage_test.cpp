@@ -34,64 +34,6 @@ void ExpectString(const VeskString& s, State state, const std::string& bytes,
   }
 }
 
-struct SetCase {
-  const char* name;
-  const char* initial;  // null: start zeroed
-  const char* text;
-  int length;
-  State state;
-  std::string bytes;
-  int capacity;
-  unsigned long requests;
-  unsigned long releases;
-};
-void PrintTo(const SetCase& c, std::ostream* os) { *os << c.name; }
-
-class SetTest : public testing::TestWithParam<SetCase> {};
-
-TEST_P(SetTest, MovesBetweenStatesAsExpected) {
-  const SetCase& c = GetParam();
-  VeskString s;
-  if (c.initial != nullptr) s.Set(c.initial, -1);
-  RequestCounter counter;
-  s.Set(c.text, c.length);
-  ExpectString(s, c.state, c.bytes, c.capacity);
-  EXPECT_EQ(counter.Requests(), c.requests);
-  EXPECT_EQ(counter.Releases(), c.releases);
-  if (c.requests > 0) {
-    EXPECT_EQ(Pelgc::GetHeapStats().lastSize,
-              static_cast<unsigned long>(c.capacity));
-    EXPECT_EQ(Pelgc::GetHeapStats().lastOpts, Pelgc::kMayReturnNull);
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, SetTest,
-    testing::Values(
-        SetCase{"NullText", nullptr, nullptr, 5, State::kSharedEmpty, "", 1, 0,
-                0},
-        SetCase{"EmptyText", nullptr, "", -1, State::kSharedEmpty, "", 1, 0, 0},
-        SetCase{"LengthZero", nullptr, "abc", 0, State::kSharedEmpty, "", 1, 0,
-                0},
-        SetCase{"ClippedToLength", nullptr, "abcdef", 3, State::kOwn, "abc", 4,
-                1, 0},
-        SetCase{"LengthBeyondText", nullptr, "ab", 5, State::kOwn, "ab", 3, 1,
-                0},
-        SetCase{"OtherNegativeLength", nullptr, "ab", -7, State::kOwn, "ab", 3,
-                1, 0},
-        SetCase{"ShorterKeepsBuffer", "hello", "hi", -1, State::kOwn, "hi", 6,
-                0, 0},
-        SetCase{"LongerReplacesBuffer", "hi", "hello", -1, State::kOwn,
-                "hello", 6, 1, 1},
-        SetCase{"EqualLengthKeepsBuffer", "abc", "xyz", -1, State::kOwn, "xyz",
-                4, 0, 0},
-        SetCase{"FromSharedEmpty", "", "x", -1, State::kOwn, "x", 2, 1, 0},
-        SetCase{"EmptyReleasesBuffer", "hello", "", -1, State::kSharedEmpty,
-                "", 1, 0, 1}),
-    [](const testing::TestParamInfo<SetCase>& info) {
-      return std::string(info.param.name);
-    });
-
 TEST(StorageTest, PositiveLengthReadsNoFurtherThanItSays) {
   const char unterminated[3] = {'a', 'b', 'c'};
   VeskString s;
@@ -141,19 +83,6 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<CopyCase>& info) {
       return std::string(info.param.name);
     });
-
-TEST(StorageTest, SelfAssignmentLeavesTheStringUntouched) {
-  VeskString s(20);
-  s.AppendString("abc");
-  const char* buffer = s.Text();
-  RequestCounter counter;
-  VeskString& alias = s;
-  s = alias;
-  s.Copy(s);
-  ExpectString(s, State::kOwn, "abc", 20);
-  EXPECT_EQ(s.Text(), buffer);
-  EXPECT_EQ(counter.Requests(), 0u);
-}
 
 std::string g_releasedBytes;
 unsigned long g_releasedSize = 0;
