@@ -3,11 +3,13 @@
 #include <utility>
 #include <vector>
 
+#include "guarded_text.h"
 #include "test_support.h"
 
 namespace {
 
 using vesk_test::Bytes;
+using vesk_test::Guarded8;
 
 // The capacity after each growth, and the length at which it happened.
 std::vector<std::pair<int, int>> Growths(VeskString* s, int appends,
@@ -91,6 +93,28 @@ TEST(AppendTest, AppendStringTakesAtMostNBytes) {
   s.AppendString(nullptr, 3);
   EXPECT_EQ(Bytes(s), "x");
   EXPECT_EQ(s.Capacity(), 2);  // a null text does not even grow
+}
+
+// Short pieces are copied in overlapping words: each length and offset must
+// read only the piece, from a text that ends at a page edge, and write only
+// its bytes and the terminator, leaving the rest of the buffer as it was.
+TEST(AppendTest, AppendStringCopiesExactlyThePiece) {
+  for (int offset = 0; offset < 4; ++offset) {
+    for (int n = 0; n <= 80; ++n) {
+      std::string piece;
+      for (int i = 0; i < n; ++i) piece += static_cast<char>('A' + i % 26);
+      const Guarded8 source(piece);
+      VeskString s;
+      s.AppendString(std::string(200, 'z').c_str());
+      s.Truncate(static_cast<unsigned>(offset));
+      s.AppendString(source.get());
+      EXPECT_EQ(Bytes(s), std::string(static_cast<size_t>(offset), 'z') + piece)
+          << "offset " << offset << ", n " << n;
+      const std::string after(s.Text() + offset + n + 1, s.Text() + 200);
+      EXPECT_EQ(after, std::string(after.size(), 'z'))
+          << "offset " << offset << ", n " << n;
+    }
+  }
 }
 
 }  // namespace
