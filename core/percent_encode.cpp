@@ -2,19 +2,13 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
-// AVX2 is used where the processor has it; VESK_NO_AVX2 leaves it out, so
-// that the SSE2 paths can be tested on any machine.
-#if defined(__SSE2__) && defined(__x86_64__) && defined(__GNUC__) && \
-    !defined(VESK_NO_AVX2)
-#define VESK_ENCODE_AVX2 1
-#include <immintrin.h>
-#endif
 
 #include <algorithm>
 #include <cstring>
 #include <type_traits>
 
 #include "../host/text_services.h"
+#include "avx2.h"
 #include "byte_sets.h"
 #include "direct_writer.h"
 #include "internal.h"
@@ -156,23 +150,21 @@ char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
   return out;
 }
 
-#if VESK_ENCODE_AVX2
-#define VESK_AVX2 __attribute__((target("avx2")))
-
+#if VESK_WITH_AVX2
 // The form encoders' vector tests on 32 bytes, for machines with AVX2,
 // which is asked of the processor once. Each marks the bytes that its
 // 16-byte form marks.
-VESK_AVX2 inline __m256i Load32(const unsigned char* p) {
+VESK_TARGET_AVX2 inline __m256i Load32(const unsigned char* p) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
-VESK_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {
+VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {
   const __m256i moved =
       _mm256_add_epi8(bytes, _mm256_set1_epi8(static_cast<char>(0x80 - low)));
   return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(-128 + count)), moved);
 }
 
-VESK_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
+VESK_TARGET_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
   const __m256i chunk = Load32(p);
   const __m256i letter =
       InRange32(_mm256_or_si256(chunk, _mm256_set1_epi8(0x20)), 'a', 26);
@@ -180,7 +172,7 @@ VESK_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
   return static_cast<unsigned>(_mm256_movemask_epi8(_mm256_or_si256(letter, digit)));
 }
 
-VESK_AVX2 inline unsigned AsciiBytes32(const unsigned char* p) {
+VESK_TARGET_AVX2 inline unsigned AsciiBytes32(const unsigned char* p) {
   return ~static_cast<unsigned>(_mm256_movemask_epi8(Load32(p)));
 }
 
@@ -193,7 +185,7 @@ constexpr Classifier kWide<AsciiBytes> = AsciiBytes32;
 
 // EncodeRun with one 32-byte test a step instead of two 16-byte ones.
 template <Classifier Classify>
-VESK_AVX2 char* EncodeRunWide(const unsigned char* p, const unsigned char* stop,
+VESK_TARGET_AVX2 char* EncodeRunWide(const unsigned char* p, const unsigned char* stop,
                               char* out, const ByteCodes& codes) {
   for (; stop - p >= 32; p += 32) {
     const unsigned kept = kWide<Classify>(p);
@@ -206,22 +198,15 @@ VESK_AVX2 char* EncodeRunWide(const unsigned char* p, const unsigned char* stop,
   }
   return EncodeRun<Classify>(p, stop, out, codes);
 }
-
-// Dynamic initialisation: code run from other files' static initialisers
-// before it may read false, which only means the SSE2 loop.
-const bool g_hasAvx2 = [] {
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") != 0;
-}();
 #endif
 
 // EncodeRun, in its AVX2 form where the rule has one and the machine AVX2.
 template <Classifier Classify>
 char* EncodeBatch(const unsigned char* p, const unsigned char* stop, char* out,
                   const ByteCodes& codes) {
-#if VESK_ENCODE_AVX2
+#if VESK_WITH_AVX2
   if constexpr (kWide<Classify> != nullptr) {
-    if (g_hasAvx2) return EncodeRunWide<Classify>(p, stop, out, codes);
+    if (vesk::g_hasAvx2) return EncodeRunWide<Classify>(p, stop, out, codes);
   }
 #endif
   return EncodeRun<Classify>(p, stop, out, codes);

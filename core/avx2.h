@@ -1,0 +1,26 @@
+// Module-internal: whether the AVX2 forms of the block scans are built, and
+// whether this processor can run them. VESK_NO_AVX2 leaves them out, so that
+// the SSE2 forms can be tested on any machine.
+#ifndef VESK_CORE_AVX2_H
+#define VESK_CORE_AVX2_H
+
+#if defined(__SSE2__) && defined(__x86_64__) && defined(__GNUC__) && \
+    !defined(VESK_NO_AVX2)
+#define VESK_WITH_AVX2 1
+#define VESK_TARGET_AVX2 __attribute__((target("avx2")))
+#include <immintrin.h>
+
+namespace vesk {
+
+// Asked of the processor once, at dynamic initialisation: code run from other
+// files' static initialisers before it may read false, which only means the
+// SSE2 forms.
+inline const bool g_hasAvx2 = [] {
+  __builtin_cpu_init();
+  return __builtin_cpu_supports("avx2") != 0;
+}();
+
+}  // namespace vesk
+#endif
+
+#endif  // VESK_CORE_AVX2_H
