@@ -65,6 +65,10 @@ class TextPrefix {
         m_known(BoundedLength(text, first_step)),
         m_ended(m_known < first_step) {}
 
+  // A prefix already measured: `known` bytes, the last step `step` long.
+  TextPrefix(const char* text, std::size_t step, std::size_t known)
+      : m_text(text), m_step(step), m_known(known), m_ended(known < step) {}
+
   // Bytes known to precede the terminator.
   std::size_t known() const { return m_known; }
 
@@ -93,25 +97,36 @@ class TextPrefix {
   bool m_ended;
 };
 
-// The offset of the first byte of `a` whose fold differs from that of `b`,
-// both `n` bytes long, or `n`.
-inline std::size_t FirstFoldedDifference(const char* a, const char* b,
-                                         std::size_t n) {
+// The offset of the first byte of `a` that differs from that of `b`, both
+// `n` bytes long, or `n`; with `kFold`, bytes are compared by their folds.
+// Runs of 16 bytes or more are compared in blocks, the last overlapping
+// bytes already compared, so that nothing outside either run is read.
+template <bool kFold>
+inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n) {
   std::size_t i = 0;
 #if VESK_SCAN_SSE2
+  const auto map_block = [](__m128i block) { return kFold ? FoldBlock(block) : block; };
   if (n >= 16) {
     for (;; i += 16) {
-      if (i + 16 > n) i = n - 16;  // A last block overlapping checked bytes.
-      const __m128i same = _mm_cmpeq_epi8(FoldBlock(LoadBlock(a + i)),
-                                          FoldBlock(LoadBlock(b + i)));
+      if (i + 16 > n) i = n - 16;
+      const __m128i same = _mm_cmpeq_epi8(map_block(LoadBlock(a + i)), map_block(LoadBlock(b + i)));
       const unsigned differ = BlockMask(same) ^ 0xFFFFu;
       if (differ != 0) return i + __builtin_ctz(differ);
       if (i + 16 == n) return n;
     }
   }
 #endif
-  while (i < n && FoldByte(a[i]) == FoldByte(b[i])) ++i;
+  const auto map = [](char c) { return kFold ? FoldByte(c) : static_cast<unsigned char>(c); };
+  while (i < n && map(a[i]) == map(b[i])) ++i;
   return i;
+}
+
+inline std::size_t FirstFoldedDifference(const char* a, const char* b, std::size_t n) {
+  return FirstDifferenceIn<true>(a, b, n);
+}
+
+inline std::size_t FirstDifference(const char* a, const char* b, std::size_t n) {
+  return FirstDifferenceIn<false>(a, b, n);
 }
 
 }  // namespace vesk

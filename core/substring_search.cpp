@@ -2,10 +2,12 @@
 // places where the needle's first and last bytes both fit finds the common
 // matches quickly; when checking those places costs too much for the text
 // passed, the search goes on with a two-way scan, whose time is linear in
-// the text and needle lengths for every input.
+// the text and needle lengths for every input. The block scan runs 32 places
+// a step, with AVX2 where the processor has it.
 #include <cstdint>
 #include <cstring>
 
+#include "avx2.h"
 #include "ctext_scan.h"
 #include "veskstring.h"
 
@@ -14,23 +16,20 @@ namespace {
 using vesk::TextPrefix;
 
 // Whether the `n` bytes at `a` and `b` are the same. Short runs compare as
-// two overlapping words, which reads no byte outside either run.
-inline bool SameBytes(const char* a, const char* b, std::size_t n) {
+// two overlapping words, which reads no byte outside either run; no run
+// needs a call.
+__attribute__((always_inline)) inline bool SameBytes(const char* a, const char* b,
+                                                     std::size_t n) {
   const auto same = [&](auto word, std::size_t at) {
     decltype(word) x, y;
     std::memcpy(&x, a + at, sizeof x);
     std::memcpy(&y, b + at, sizeof y);
     return x == y;
   };
-  if (n >= 8 && n <= 16) return same(std::uint64_t{}, 0) && same(std::uint64_t{}, n - 8);
-  if (n >= 4 && n < 8) return same(std::uint32_t{}, 0) && same(std::uint32_t{}, n - 4);
-  if (n < 4) {
-    for (std::size_t i = 0; i < n; ++i) {
-      if (a[i] != b[i]) return false;
-    }
-    return true;
-  }
-  return std::memcmp(a, b, n) == 0;
+  if (n < 4) return vesk::FirstDifference(a, b, n) == n;
+  if (n < 8) return same(std::uint32_t{}, 0) && same(std::uint32_t{}, n - 4);
+  if (n <= 16) return same(std::uint64_t{}, 0) && same(std::uint64_t{}, n - 8);
+  return vesk::FirstDifference(a, b, n) == n;
 }
 
 struct ExactBytes {
@@ -41,6 +40,9 @@ struct ExactBytes {
 #if VESK_SCAN_SSE2
   static __m128i MapBlock(__m128i bytes) { return bytes; }
 #endif
+#if VESK_WITH_AVX2
+  VESK_TARGET_AVX2 static __m256i MapBlock32(__m256i bytes) { return bytes; }
+#endif
 };
 
 struct FoldedBytes {
@@ -50,6 +52,14 @@ struct FoldedBytes {
   }
 #if VESK_SCAN_SSE2
   static __m128i MapBlock(__m128i bytes) { return vesk::FoldBlock(bytes); }
+#endif
+#if VESK_WITH_AVX2
+  // FoldBlock on 32 bytes.
+  VESK_TARGET_AVX2 static __m256i MapBlock32(__m256i bytes) {
+    const __m256i moved = _mm256_add_epi8(bytes, _mm256_set1_epi8(0x80 - 'A'));
+    const __m256i upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(-128 + 26), moved);
+    return _mm256_or_si256(bytes, _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
+  }
 #endif
 };
 
@@ -140,69 +150,225 @@ const char* TwoWay(const char* text, TextPrefix& prefix, std::size_t from,
 // text passed before the two-way scan takes over.
 constexpr std::size_t kCheckAllowance = 256;
 
+// The two-way scan from place `from` on, the text known to run `known`
+// bytes, measured in steps of which the last was `step` long.
 template <class Bytes>
-const char* Find(const char* text, const char* needle) {
-  if (needle == nullptr || needle[0] == '\0') return text;
-  const std::size_t m = std::strlen(needle);
-  TextPrefix prefix(text, m > 256 ? m : 256);
-  if (!prefix.Reach(m)) return nullptr;
-  const unsigned char first = Bytes::Map(needle[0]);
-  const unsigned char last = Bytes::Map(needle[m - 1]);
-  std::size_t checked = 0;  // Bytes spent checking candidate places.
-  // Returns true when the search is over, with the answer in `found`.
-  const char* found = nullptr;
+__attribute__((noinline)) const char* TwoWayFrom(const char* text, std::size_t step,
+                                                 std::size_t known, std::size_t from,
+                                                 const char* needle, std::size_t m) {
+  TextPrefix prefix(text, step, known);
+  return TwoWay<Bytes>(text, prefix, from, needle, static_cast<long>(m));
+}
+
+// The needle's length and the (mapped) bytes its first and last places hold.
+struct Needle {
+  std::size_t length;
+  unsigned char first;
+  unsigned char last;
+};
+
+// Block tests for candidate places, where the needle's first and last bytes
+// both fit: bit i of a mask stands for the place i bytes into the block.
+#if VESK_SCAN_SSE2
+template <class Bytes>
+struct Blocks16 {
+  static constexpr std::size_t kPlaces = 16;
+  static std::uint32_t Hits(const char* block, Needle n) {
+    const __m128i head = Bytes::MapBlock(vesk::LoadBlock(block));
+    const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(block + n.length - 1));
+    return vesk::BlockMask(_mm_and_si128(_mm_cmpeq_epi8(head, vesk::Broadcast(n.first)),
+                                         _mm_cmpeq_epi8(tail, vesk::Broadcast(n.last))));
+  }
+};
+
+template <class Bytes>
+struct Blocks16Pair {
+  static constexpr std::size_t kPlaces = 32;
+  static std::uint32_t Hits(const char* block, Needle n) {
+    return Blocks16<Bytes>::Hits(block, n) | Blocks16<Bytes>::Hits(block + 16, n) << 16;
+  }
+};
+#endif
+
+#if VESK_WITH_AVX2
+VESK_TARGET_AVX2 inline __m256i Load32(const char* p) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+template <class Bytes>
+struct Blocks32 {
+  static constexpr std::size_t kPlaces = 32;
+  VESK_TARGET_AVX2 static std::uint32_t Hits(const char* block, Needle n) {
+    const __m256i head = Bytes::MapBlock32(Load32(block));
+    const __m256i tail = Bytes::MapBlock32(Load32(block + n.length - 1));
+    const __m256i first = _mm256_set1_epi8(static_cast<char>(n.first));
+    const __m256i last = _mm256_set1_epi8(static_cast<char>(n.last));
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(
+        _mm256_and_si256(_mm256_cmpeq_epi8(head, first), _mm256_cmpeq_epi8(tail, last))));
+  }
+};
+#endif
+
+// Looks at the places from `at` to `end`, calling `check` on each candidate
+// until it returns true: in blocks of the first width while the text has
+// room for one, the last block overlapping places already looked at (its
+// mask leaves them out), then in the narrower widths, then byte by byte.
+template <class Bytes, template <class> class... Widths>
+struct Scan {
+  template <class Check>
+  __attribute__((always_inline)) static bool Run(const char* text, std::size_t& at,
+                                                 std::size_t end, Needle n, Check& check) {
+    for (; at < end; ++at) {
+      if (Bytes::Map(text[at]) == n.first &&
+          Bytes::Map(text[at + n.length - 1]) == n.last && check(at)) {
+        return true;
+      }
+    }
+    return false;
+  }
+};
+
+template <class Bytes, template <class> class Width, template <class> class... Narrower>
+struct Scan<Bytes, Width, Narrower...> {
+  template <class Check>
+  __attribute__((always_inline)) static bool Run(const char* text, std::size_t& at,
+                                                 std::size_t end, Needle n, Check& check) {
+    using Blocks = Width<Bytes>;
+    constexpr std::size_t kPlaces = Blocks::kPlaces;
+    if (end < kPlaces) return Scan<Bytes, Narrower...>::Run(text, at, end, n, check);
+    const auto check_all = [&](std::size_t block, std::uint32_t places) {
+      for (; places != 0; places &= places - 1) {
+        if (check(block + __builtin_ctz(places))) return true;
+      }
+      return false;
+    };
+    for (; end - at >= kPlaces; at += kPlaces) {
+      const std::uint32_t places = Blocks::Hits(text + at, n);
+      if (places != 0 && check_all(at, places)) return true;
+    }
+    if (at == end) return false;
+    const std::size_t block = end - kPlaces;
+    const std::uint32_t places = Blocks::Hits(text + block, n) & ~0u << (at - block);
+    at = end;
+    return places != 0 && check_all(block, places);
+  }
+};
+
+// Checks the candidate places in [at, end). True when the search is over:
+// at a match, in `found`, or, when checking has cost too much, with the
+// two-way scan to run from place `two_way`.
+template <class Bytes, class Scanner>
+__attribute__((always_inline)) inline bool ScanPlaces(const char* text, const char* needle,
+                                                      Needle n, std::size_t& at,
+                                                      std::size_t end, std::size_t& checked,
+                                                      const char*& found,
+                                                      std::size_t& two_way) {
   const auto check = [&](std::size_t place) {
-    if (Bytes::Equal(text + place, needle, m)) {
+    if (Bytes::Equal(text + place, needle, n.length)) {
       found = text + place;
       return true;
     }
-    checked += m;
+    checked += n.length;
     if (checked <= kCheckAllowance + 2 * place) return false;
-    found =
-        TwoWay<Bytes>(text, prefix, place + 1, needle, static_cast<long>(m));
+    two_way = place + 1;
     return true;
   };
-#if VESK_SCAN_SSE2
-  const __m128i first16 = vesk::Broadcast(first);
-  const __m128i last16 = vesk::Broadcast(last);
-  // Places from `block` on where both the first and the last byte fit.
-  const auto hits = [&](std::size_t block) {
-    const __m128i head = Bytes::MapBlock(vesk::LoadBlock(text + block));
-    const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(text + block + m - 1));
-    return vesk::BlockMask(_mm_and_si128(_mm_cmpeq_epi8(head, first16),
-                                         _mm_cmpeq_epi8(tail, last16)));
-  };
-  const auto check_all = [&](std::size_t block, unsigned places) {
-    for (; places != 0; places &= places - 1) {
-      if (check(block + __builtin_ctz(places))) return true;
+  return Scanner::Run(text, at, end, n, check);
+}
+
+template <class Bytes>
+Needle NeedleOf(const char* needle, std::size_t m) {
+  return {m, Bytes::Map(needle[0]), Bytes::Map(needle[m - 1])};
+}
+
+// The text's first step is max(m, 256) bytes: a search that ends in it makes
+// no call once the block scan has begun.
+inline std::size_t FirstStep(std::size_t m) { return m > 256 ? m : 256; }
+
+// The search after a whole first step, with `checked` bytes spent on it.
+template <class Bytes, class Scanner>
+__attribute__((always_inline)) inline const char* FindAfterFirstStep(const char* text,
+                                                                     const char* needle,
+                                                                     std::size_t m,
+                                                                     std::size_t checked) {
+  const std::size_t step = FirstStep(m);
+  TextPrefix prefix(text, step, step);
+  std::size_t at = step - m + 1;
+  while (prefix.Grow(m)) {
+    const char* found = nullptr;
+    std::size_t two_way = 0;
+    if (ScanPlaces<Bytes, Scanner>(text, needle, NeedleOf<Bytes>(needle, m), at,
+                                   prefix.known() - m + 1, checked, found, two_way)) {
+      if (found != nullptr) return found;
+      return TwoWay<Bytes>(text, prefix, two_way, needle, static_cast<long>(m));
     }
-    return false;
-  };
-#endif
-  std::size_t at = 0;  // The first place not yet looked at.
-  do {
-    const std::size_t end = prefix.known() - m + 1;  // Places with room.
-#if VESK_SCAN_SSE2
-    for (; end - at >= 32; at += 32) {
-      const unsigned places = hits(at) | hits(at + 16) << 16;
-      if (places != 0 && check_all(at, places)) return found;
-    }
-    // The last places, 16 at a time; the last block may overlap places
-    // already looked at, which its mask leaves out.
-    while (at < end && end >= 16) {
-      const std::size_t block = at + 16 <= end ? at : end - 16;
-      if (check_all(block, hits(block) & 0xFFFFu << (at - block))) return found;
-      at = block + 16;
-    }
-#endif
-    for (; at < end; ++at) {
-      if (Bytes::Map(text[at]) == first &&
-          Bytes::Map(text[at + m - 1]) == last && check(at)) {
-        return found;
-      }
-    }
-  } while (prefix.Grow(m));
+  }
   return nullptr;
+}
+
+// The search through the first step; what follows it, and the two-way scan,
+// are tail calls, so that no vector register has to live across a call.
+template <class Bytes, class Search>
+__attribute__((always_inline)) inline const char* FindFrom(const char* text,
+                                                           const char* needle) {
+  if (needle == nullptr || needle[0] == '\0') return text;
+  const std::size_t m = std::strlen(needle);
+  const std::size_t step = FirstStep(m);
+  const std::size_t known = vesk::BoundedLength(text, step);
+  if (known < m) return nullptr;
+  std::size_t at = 0, checked = 0, two_way = 0;
+  const char* found = nullptr;
+  if (ScanPlaces<Bytes, typename Search::Scanner>(text, needle, NeedleOf<Bytes>(needle, m),
+                                                  at, known - m + 1, checked, found,
+                                                  two_way)) {
+    if (found != nullptr) return found;
+    return TwoWayFrom<Bytes>(text, step, known, two_way, needle, m);
+  }
+  if (known < step) return nullptr;
+  return Search::Rest(text, needle, m, checked);
+}
+
+// The search with SSE2 blocks where the machine has them, bytes elsewhere.
+template <class Bytes>
+struct NarrowSearch {
+#if VESK_SCAN_SSE2
+  using Scanner = Scan<Bytes, Blocks16Pair, Blocks16>;
+#else
+  using Scanner = Scan<Bytes>;
+#endif
+  __attribute__((noinline)) static const char* Rest(const char* text, const char* needle,
+                                                    std::size_t m, std::size_t checked) {
+    return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
+  }
+  static const char* Find(const char* text, const char* needle) {
+    return FindFrom<Bytes, NarrowSearch>(text, needle);
+  }
+};
+
+#if VESK_WITH_AVX2
+// The same with AVX2 blocks; whole functions are compiled for AVX2, so that
+// the block tests are inlined into them.
+template <class Bytes>
+struct WideSearch {
+  using Scanner = Scan<Bytes, Blocks32, Blocks16>;
+  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Rest(const char* text,
+                                                                     const char* needle,
+                                                                     std::size_t m,
+                                                                     std::size_t checked) {
+    return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
+  }
+  VESK_TARGET_AVX2 static const char* Find(const char* text, const char* needle) {
+    return FindFrom<Bytes, WideSearch>(text, needle);
+  }
+};
+#endif
+
+template <class Bytes>
+const char* Find(const char* text, const char* needle) {
+#if VESK_WITH_AVX2
+  if (vesk::g_hasAvx2) return WideSearch<Bytes>::Find(text, needle);
+#endif
+  return NarrowSearch<Bytes>::Find(text, needle);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Null texts in comparison and search, and a search that changes method.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 
 #include "core/veskstring.h"
@@ -8,6 +10,7 @@
 
 namespace {
 
+using vesk_test::At;
 using vesk_test::Guarded8;
 using vesk_test::kNone;
 
@@ -41,6 +44,50 @@ TEST(CTextSearch, MatchRightAfterANearMissInALongText) {
     Guarded8 h(text + "baaaaaaaab" + "aaaaaaaaab");
     EXPECT_EQ(VeskStrStr(h.get(), "aaaaaaaaab"), h.get() + at) << pairs;
     EXPECT_EQ(VeskStrCaseStr(h.get(), "AAAAAAAAAB"), h.get() + at) << pairs;
+  }
+}
+
+// The offset of the first match of `needle` in `text` when `fold` maps
+// both, or kNone.
+long PlainFind(std::string text, std::string needle, bool fold) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+  if (fold) {
+    std::transform(text.begin(), text.end(), text.begin(), lower);
+    std::transform(needle.begin(), needle.end(), needle.begin(), lower);
+  }
+  const std::size_t at = text.find(needle);
+  return at == std::string::npos ? kNone : static_cast<long>(at);
+}
+
+// Texts whose lengths straddle the block widths and the first measured
+// step, ending at a page edge, with needles of every comparison width and
+// one long enough that near misses hand over to the two-way scan; a
+// needle is planted at the last place it fits.
+TEST(CTextSearch, AgreesWithAPlainSearchAcrossBlockAndStepEdges) {
+  const std::string needles[] = {"q",  "qZ", "qzq", "qzzq", "qQzqzzq", std::string(15, 'q') + "z",
+                                 "z" + std::string(40, 'q'), std::string(299, 'q') + "Z"};
+  std::uint32_t seed = 7;
+  const auto next_byte = [&seed] {
+    seed = seed * 1103515245u + 12345u;
+    const unsigned r = seed >> 16 & 7;
+    return r < 5 ? 'q' : r < 6 ? 'Q' : 'z';
+  };
+  for (std::size_t length : {0, 1, 15, 16, 17, 31, 32, 33, 47, 48, 63, 64, 65, 255, 256, 257,
+                             287, 300, 511, 512, 513, 600, 1100}) {
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i) text += next_byte();
+    for (const std::string& needle : needles) {
+      for (bool plant : {false, true}) {
+        std::string t = text;
+        if (plant && needle.size() <= t.size()) t.replace(t.size() - needle.size(), needle.size(), needle);
+        Guarded8 h(t);
+        const std::string where = std::to_string(length) + " " + needle;
+        EXPECT_EQ(VeskStrStr(h.get(), needle.c_str()), At(h.get(), PlainFind(t, needle, false)))
+            << where;
+        EXPECT_EQ(VeskStrCaseStr(h.get(), needle.c_str()), At(h.get(), PlainFind(t, needle, true)))
+            << where;
+      }
+    }
   }
 }
 
