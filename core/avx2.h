@@ -20,6 +20,14 @@ inline const bool g_hasAvx2 = [] {
   return __builtin_cpu_supports("avx2") != 0;
 }();
 
+// Lanes of `bytes` that lie in [low, low + count), count at most 128: the
+// range is moved to start at -128, so that one signed compare tests it.
+VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {
+  const __m256i moved =
+      _mm256_add_epi8(bytes, _mm256_set1_epi8(static_cast<char>(0x80 - low)));
+  return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(-128 + count)), moved);
+}
+
 }  // namespace vesk
 #endif
 

@@ -158,11 +158,7 @@ VESK_TARGET_AVX2 inline __m256i Load32(const unsigned char* p) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
-VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {
-  const __m256i moved =
-      _mm256_add_epi8(bytes, _mm256_set1_epi8(static_cast<char>(0x80 - low)));
-  return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(-128 + count)), moved);
-}
+using vesk::InRange32;
 
 VESK_TARGET_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
   const __m256i chunk = Load32(p);

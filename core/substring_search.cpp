@@ -56,8 +56,7 @@ struct FoldedBytes {
 #if VESK_WITH_AVX2
   // FoldBlock on 32 bytes.
   VESK_TARGET_AVX2 static __m256i MapBlock32(__m256i bytes) {
-    const __m256i moved = _mm256_add_epi8(bytes, _mm256_set1_epi8(0x80 - 'A'));
-    const __m256i upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(-128 + 26), moved);
+    const __m256i upper = vesk::InRange32(bytes, 'A', 26);
     return _mm256_or_si256(bytes, _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
   }
 #endif
@@ -293,12 +292,13 @@ __attribute__((always_inline)) inline const char* FindAfterFirstStep(const char*
                                                                      std::size_t checked) {
   const std::size_t step = FirstStep(m);
   TextPrefix prefix(text, step, step);
+  const Needle n = NeedleOf<Bytes>(needle, m);
   std::size_t at = step - m + 1;
   while (prefix.Grow(m)) {
     const char* found = nullptr;
     std::size_t two_way = 0;
-    if (ScanPlaces<Bytes, Scanner>(text, needle, NeedleOf<Bytes>(needle, m), at,
-                                   prefix.known() - m + 1, checked, found, two_way)) {
+    if (ScanPlaces<Bytes, Scanner>(text, needle, n, at, prefix.known() - m + 1, checked,
+                                   found, two_way)) {
       if (found != nullptr) return found;
       return TwoWay<Bytes>(text, prefix, two_way, needle, static_cast<long>(m));
     }
