@@ -20,6 +20,11 @@ inline const bool g_hasAvx2 = [] {
   return __builtin_cpu_supports("avx2") != 0;
 }();
 
+// 32 bytes from `p`, which need not be aligned.
+VESK_TARGET_AVX2 inline __m256i Load32(const void* p) {
+  return _mm256_loadu_si256(static_cast<const __m256i*>(p));
+}
+
 // Lanes of `bytes` that lie in [low, low + count), count at most 128: the
 // range is moved to start at -128, so that one signed compare tests it.
 VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {

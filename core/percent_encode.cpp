@@ -154,11 +154,8 @@ char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
 // The form encoders' vector tests on 32 bytes, for machines with AVX2,
 // which is asked of the processor once. Each marks the bytes that its
 // 16-byte form marks.
-VESK_TARGET_AVX2 inline __m256i Load32(const unsigned char* p) {
-  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
 using vesk::InRange32;
+using vesk::Load32;
 
 VESK_TARGET_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
   const __m256i chunk = Load32(p);

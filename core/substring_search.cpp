@@ -190,16 +190,12 @@ struct Blocks16Pair {
 #endif
 
 #if VESK_WITH_AVX2
-VESK_TARGET_AVX2 inline __m256i Load32(const char* p) {
-  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
 template <class Bytes>
 struct Blocks32 {
   static constexpr std::size_t kPlaces = 32;
   VESK_TARGET_AVX2 static std::uint32_t Hits(const char* block, Needle n) {
-    const __m256i head = Bytes::MapBlock32(Load32(block));
-    const __m256i tail = Bytes::MapBlock32(Load32(block + n.length - 1));
+    const __m256i head = Bytes::MapBlock32(vesk::Load32(block));
+    const __m256i tail = Bytes::MapBlock32(vesk::Load32(block + n.length - 1));
     const __m256i first = _mm256_set1_epi8(static_cast<char>(n.first));
     const __m256i last = _mm256_set1_epi8(static_cast<char>(n.last));
     return static_cast<std::uint32_t>(_mm256_movemask_epi8(
