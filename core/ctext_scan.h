@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "avx2.h"
 #include "veskstring.h"
 
 #if defined(__SSE2__)
@@ -97,6 +98,36 @@ class TextPrefix {
   bool m_ended;
 };
 
+#if VESK_SCAN_SSE2
+// Lanes where the bytes of `a` and `b` differ.
+inline unsigned Mismatch(__m128i a, __m128i b) {
+  return BlockMask(_mm_cmpeq_epi8(a, b)) ^ 0xFFFFu;
+}
+
+// Lanes where the folds of `a` and `b` differ. Two bytes fold alike when
+// they are equal, or differ in the case bit alone and `a` is a letter (and
+// so is `b`): one letter test where folding both blocks would take two.
+inline unsigned FoldedMismatch(__m128i a, __m128i b) {
+  const __m128i lower = _mm_or_si128(a, _mm_set1_epi8(0x20));
+  const __m128i moved = _mm_add_epi8(lower, _mm_set1_epi8(static_cast<char>(0x80 - 'a')));
+  const __m128i letter = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
+  const __m128i case_bit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
+  const __m128i rest = _mm_andnot_si128(case_bit, _mm_xor_si128(a, b));
+  return Mismatch(rest, _mm_setzero_si128());
+}
+#endif
+
+#if VESK_WITH_AVX2
+// FoldedMismatch on 32 bytes.
+VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
+  const __m256i letter = InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);
+  const __m256i case_bit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
+  const __m256i rest = _mm256_andnot_si256(case_bit, _mm256_xor_si256(a, b));
+  const __m256i same = _mm256_cmpeq_epi8(rest, _mm256_setzero_si256());
+  return ~static_cast<unsigned>(_mm256_movemask_epi8(same));
+}
+#endif
+
 // The offset of the first byte of `a` that differs from that of `b`, both
 // `n` bytes long, or `n`; with `kFold`, bytes are compared by their folds.
 // Runs of 16 bytes or more are compared in blocks, the last overlapping
@@ -105,12 +136,11 @@ template <bool kFold>
 inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n) {
   std::size_t i = 0;
 #if VESK_SCAN_SSE2
-  const auto map_block = [](__m128i block) { return kFold ? FoldBlock(block) : block; };
   if (n >= 16) {
     for (;; i += 16) {
       if (i + 16 > n) i = n - 16;
-      const __m128i same = _mm_cmpeq_epi8(map_block(LoadBlock(a + i)), map_block(LoadBlock(b + i)));
-      const unsigned differ = BlockMask(same) ^ 0xFFFFu;
+      const __m128i x = LoadBlock(a + i), y = LoadBlock(b + i);
+      const unsigned differ = kFold ? FoldedMismatch(x, y) : Mismatch(x, y);
       if (differ != 0) return i + __builtin_ctz(differ);
       if (i + 16 == n) return n;
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "core/veskstring.h"
 #include "guarded_text.h"
@@ -20,6 +21,51 @@ TEST(CTextCompare, NullTextsAreNeverEqual) {
     EXPECT_FALSE(StrEqual(a, nullptr) || StrEqual(nullptr, a));
     EXPECT_FALSE(VarStrEqual(a, nullptr, true));
     EXPECT_FALSE(VarStrEqual(nullptr, a, false));
+  }
+}
+
+// The folded order a byte at a time over at most `n` bytes.
+int PlainFoldedCompare(const std::string& a, const std::string& b, std::size_t n) {
+  const auto fold = [](char c) {
+    const int byte = static_cast<unsigned char>(c);
+    return byte >= 'A' && byte <= 'Z' ? byte + 32 : byte;
+  };
+  for (std::size_t i = 0; i < n; ++i) {
+    const int x = fold(a.c_str()[i]), y = fold(b.c_str()[i]);
+    if (x != y || x == 0 || i + 1 == n) return x - y;
+  }
+  return 0;
+}
+
+// Texts alike but for case up to one planted difference: bytes that differ
+// only in the case bit yet are not letters, bytes from 0x80 up, or one text
+// ending there. Lengths and places straddle the block widths and the first
+// measured step, and every text ends at a page edge.
+TEST(CTextCompare, AgreesWithAPlainCompareAcrossBlockAndStepEdges) {
+  const std::pair<char, char> differences[] = {{'@', '`'}, {'[', '{'}, {'\xC1', '\xE1'}, {'z', 0}};
+  for (std::size_t length : {1, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 128, 129, 255, 256, 257, 300}) {
+    std::string a, b;
+    for (std::size_t i = 0; i < length; ++i) {
+      a += "aZ5/mQ?x"[i % 8];
+      b += "Az5/Mq?X"[i % 8];
+    }
+    for (std::size_t at = 0; at < length; ++at) {
+      if (at % 16 > 1 && at % 16 < 15 && length - at > 33) continue;
+      for (const auto& [x, y] : differences) {
+        std::string p = a, q = b;
+        p[at] = x;
+        q[at] = y;
+        q.resize(y == 0 ? at : length);
+        const std::string where = std::to_string(length) + " at " + std::to_string(at) + " " + x;
+        const Guarded8 gp(p), gq(q);
+        EXPECT_EQ(VeskStrICmp(gp.get(), gq.get()), PlainFoldedCompare(p, q, SIZE_MAX)) << where;
+        EXPECT_EQ(VeskStrICmp(gq.get(), gp.get()), PlainFoldedCompare(q, p, SIZE_MAX)) << where;
+        for (std::size_t n : {at, at + 1}) {
+          const auto cp = Guarded8::Counted(p, n), cq = Guarded8::Counted(q, n);
+          EXPECT_EQ(VeskStrNICmp(cp.get(), cq.get(), n), PlainFoldedCompare(p, q, n)) << where << n;
+        }
+      }
+    }
   }
 }
 
