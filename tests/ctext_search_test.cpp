@@ -1,4 +1,5 @@
-// Null texts in comparison and search, and a search that changes method.
+// Null texts in comparison and search, a search that changes method, and the
+// compare and the searches against plain ones at block and step edges.
 #include <gtest/gtest.h>
 
 #include <algorithm>
