@@ -10,11 +10,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "avx2.h"
+#include "vector_blocks.h"
 #include "veskstring.h"
 
 #if defined(__SSE2__)
-#include <emmintrin.h>
 #define VESK_SCAN_SSE2 1
 #endif
 
@@ -27,10 +26,6 @@ inline unsigned char FoldByte(char c) {
 }
 
 #if VESK_SCAN_SSE2
-inline __m128i LoadBlock(const char* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
 inline unsigned BlockMask(__m128i bytes) {
   return static_cast<unsigned>(_mm_movemask_epi8(bytes));
 }
@@ -41,11 +36,9 @@ inline __m128i Broadcast(unsigned char byte) {
   return _mm_set1_epi32(static_cast<int>(byte * 0x01010101u));
 }
 
-// FoldByte on 16 bytes: 'A' to 'Z' are moved to -128 to -103 and gain 0x20.
+// FoldByte on 16 bytes: 'A' to 'Z' gain 0x20.
 inline __m128i FoldBlock(__m128i bytes) {
-  const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(0x80 - 'A'));
-  const __m128i upper = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
-  return _mm_or_si128(bytes, _mm_and_si128(upper, _mm_set1_epi8(0x20)));
+  return _mm_or_si128(bytes, _mm_and_si128(InRange(bytes, 'A', 26), _mm_set1_epi8(0x20)));
 }
 #endif
 
@@ -108,9 +101,7 @@ inline unsigned Mismatch(__m128i a, __m128i b) {
 // they are equal, or differ in the case bit alone and `a` is a letter (and
 // so is `b`): one letter test where folding both blocks would take two.
 inline unsigned FoldedMismatch(__m128i a, __m128i b) {
-  const __m128i lower = _mm_or_si128(a, _mm_set1_epi8(0x20));
-  const __m128i moved = _mm_add_epi8(lower, _mm_set1_epi8(static_cast<char>(0x80 - 'a')));
-  const __m128i letter = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
+  const __m128i letter = InRange(_mm_or_si128(a, _mm_set1_epi8(0x20)), 'a', 26);
   const __m128i case_bit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
   const __m128i rest = _mm_andnot_si128(case_bit, _mm_xor_si128(a, b));
   return Mismatch(rest, _mm_setzero_si128());
@@ -139,7 +130,7 @@ inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n
   if (n >= 16) {
     for (;; i += 16) {
       if (i + 16 > n) i = n - 16;
-      const __m128i x = LoadBlock(a + i), y = LoadBlock(b + i);
+      const __m128i x = Load16(a + i), y = Load16(b + i);
       const unsigned differ = kFold ? FoldedMismatch(x, y) : Mismatch(x, y);
       if (differ != 0) return i + __builtin_ctz(differ);
       if (i + 16 == n) return n;

@@ -1,17 +1,13 @@
 // VeskString: form encoding and escaped heap copies.
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include <algorithm>
 #include <cstring>
 #include <type_traits>
 
 #include "../host/text_services.h"
-#include "avx2.h"
 #include "byte_sets.h"
 #include "direct_writer.h"
 #include "internal.h"
+#include "vector_blocks.h"
 #include "veskstring.h"
 
 namespace {
@@ -41,16 +37,8 @@ template <Classifier C>
 using Rule = std::integral_constant<Classifier, C>;
 
 #if defined(__SSE2__)
-inline __m128i Load16(const unsigned char* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
-// Lanes of `bytes` that lie in [low, low + count), count at most 128: the
-// range is moved to start at -128, so that one signed compare tests it.
-inline __m128i InRange(__m128i bytes, unsigned char low, int count) {
-  const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(0x80 - low)));
-  return _mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-128 + count)));
-}
+using vesk::InRange;
+using vesk::Load16;
 
 // A mask with bit i set when byte i at `p` is one of the 62 letters and
 // digits. Bytes from 0x80 up fall outside both ranges.

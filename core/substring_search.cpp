@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "avx2.h"
 #include "ctext_scan.h"
+#include "vector_blocks.h"
 #include "veskstring.h"
 
 namespace {
@@ -173,8 +173,8 @@ template <class Bytes>
 struct Blocks16 {
   static constexpr std::size_t kPlaces = 16;
   static std::uint32_t Hits(const char* block, Needle n) {
-    const __m128i head = Bytes::MapBlock(vesk::LoadBlock(block));
-    const __m128i tail = Bytes::MapBlock(vesk::LoadBlock(block + n.length - 1));
+    const __m128i head = Bytes::MapBlock(vesk::Load16(block));
+    const __m128i tail = Bytes::MapBlock(vesk::Load16(block + n.length - 1));
     return vesk::BlockMask(_mm_and_si128(_mm_cmpeq_epi8(head, vesk::Broadcast(n.first)),
                                          _mm_cmpeq_epi8(tail, vesk::Broadcast(n.last))));
   }
