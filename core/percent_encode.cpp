@@ -193,12 +193,10 @@ char* EncodeBatch(const unsigned char* p, const unsigned char* stop, char* out,
   return EncodeRun<Classify>(p, stop, out, codes);
 }
 
-// Appends the code of every byte of `text` up to its NUL. Batches that
-// surely fit are written directly; a byte that may need growth goes
-// through AppendChar.
-void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
-  auto* p = reinterpret_cast<const unsigned char*>(text);
-  const unsigned char* const end = p + std::strlen(text);
+// Appends the code of every byte of [p, end). Batches that surely fit are
+// written directly; a byte that may need growth goes through AppendChar.
+void AppendEncoded(VeskString& out, const unsigned char* p,
+                   const unsigned char* end, const ByteCodes& codes) {
   const DirectWriter writer(out);
   WithRule(codes, [&](auto rule) {
     while (p < end) {
@@ -214,52 +212,56 @@ void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
   });
 }
 
-// The escaped copies' own code table: the rule's code for the lead byte of
-// each single-byte character, and a count of 0 for the lead byte of a
-// multibyte one, whose width is kept beside. Character widths are asked of
-// the host before the walk, so that the walk itself makes no call and
-// keeps its state in registers: a short text asks for each of its bytes
-// (calls that do not wait on one another, unlike a walk by characters), a
-// long one once for each of the 256 values. The code page does not change
-// in the middle of an operation.
-class CharacterCodes {
+void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
+  auto* p = reinterpret_cast<const unsigned char*>(text);
+  AppendEncoded(out, p, p + std::strlen(text), codes);
+}
+
+// The widths of the characters that the text's bytes begin, asked of the
+// host before the walk, so that the walk itself makes no call and keeps
+// its state in registers: a short text asks for each of its bytes (calls
+// that do not wait on one another, unlike a walk by characters), a long
+// one once for each of the 256 values. The code page does not change in
+// the middle of an operation.
+class CharacterWidths {
  public:
-  CharacterCodes(const unsigned char* p, const unsigned char* end,
-                 const ByteCodes& rule)
-      : m_rule(rule) {
+  CharacterWidths(const unsigned char* p, const unsigned char* end) {
     if (end - p < 256) {
-      for (; p < end; ++p) Learn(*p);
+      unsigned multibyte = 0;
+      for (; p < end; ++p) multibyte |= Learn(*p);
+      m_textIsSingleBytes = multibyte == 0;
       return;
     }
-    bool asciiIsSingleByte = true;
-    for (int byte = 0; byte < 256; ++byte) {
-      Learn(static_cast<unsigned char>(byte));
-      if (byte < 0x80) asciiIsSingleByte &= m_width[byte] == 1;
-    }
-    m_asciiIsSingleByte = asciiIsSingleByte;
+    unsigned multibyteAscii = 0, multibyteHigh = 0;
+    for (int byte = 0; byte < 0x80; ++byte) multibyteAscii |= Learn(byte);
+    for (int byte = 0x80; byte < 0x100; ++byte) multibyteHigh |= Learn(byte);
+    m_asciiIsSingleByte = multibyteAscii == 0;
+    m_textIsSingleBytes = (multibyteAscii | multibyteHigh) == 0;
   }
 
-  // The rule's codes for single-byte characters; a count of 0 marks a
-  // multibyte lead byte. Known for every byte value of the text.
-  const ByteCodes& Table() const { return m_codes; }
-  // The byte count of the character that `lead` begins.
+  // The byte count of the character that `lead` begins: 1 for a
+  // single-byte character. Known for every byte value of the text.
   unsigned long Width(unsigned char lead) const { return m_width[lead]; }
 
+  // Whether every byte of the text is known to be a character of its own,
+  // so that the rule alone decides each byte.
+  bool TextIsSingleBytes() const { return m_textIsSingleBytes; }
   // Whether every byte below 0x80 is known to be a character of its own;
   // only a long text asks for them all.
   bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
 
  private:
-  void Learn(unsigned char lead) {
-    const auto width = static_cast<unsigned>(PlayerBytesInChar(lead));
-    m_width[lead] = width >= 2 ? width : 1;
-    std::memcpy(m_codes.code[lead], m_rule.code[lead], 4);
-    if (width >= 2) m_codes.code[lead][3] = 0;
+  // Asks the host for the width of `lead`'s character, where 0 counts as
+  // 1; returns 1 for a multibyte character and 0 for a single byte.
+  unsigned Learn(int lead) {
+    const auto asked = static_cast<unsigned>(
+        PlayerBytesInChar(static_cast<unsigned char>(lead)));
+    m_width[lead] = asked >= 2 ? asked : 1;
+    return asked >= 2;
   }
 
-  const ByteCodes& m_rule;
-  ByteCodes m_codes;
   unsigned m_width[256];
+  bool m_textIsSingleBytes = false;
   bool m_asciiIsSingleByte = false;
 };
 
@@ -271,7 +273,7 @@ class CharacterCodes {
 template <Classifier Classify>
 char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
                 const unsigned char* end, char* out, const ByteCodes& rule,
-                const CharacterCodes& codes, bool asciiChunks) {
+                const CharacterWidths& widths, bool asciiChunks) {
   const unsigned char* p = from;  // kept in a register, unlike `from`
   while (p < stop) {
     const unsigned char* const chunkEnd = p + std::min<long>(16, stop - p);
@@ -286,12 +288,12 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 #endif
     // Character by character to the end of this chunk, or just past it.
     while (p < chunkEnd) {
-      if (codes.Table().code[*p][3] != 0) {
-        out = PutCode(out, codes.Table(), *p++);
+      if (widths.Width(*p) == 1) {
+        out = PutCode(out, rule, *p++);
         continue;
       }
       const long bytes = static_cast<long>(std::min<unsigned long>(
-          codes.Width(*p), end - p));  // cut short by the NUL
+          widths.Width(*p), end - p));  // cut short by the NUL
       if (bytes > stop - p) {
         from = p;
         return out;
@@ -305,39 +307,53 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
   return out;
 }
 
-// Walks the text by code-page characters: a multibyte character is escaped
-// byte by byte (as far as the text goes), a single byte by `rule`.
-// Batches that surely fit are written directly; a character that may need
-// growth goes through AppendChar.
-char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
-  if (source.Length() == 0) return nullptr;
-  VeskString work;  // cleared on every way out, exceptions included
-  const DirectWriter writer(work);
-  auto* p = reinterpret_cast<const unsigned char*>(source.Text());
-  const unsigned char* const end = p + std::strlen(source.Text());
-  const CharacterCodes codes(p, end, rule);
-  const bool asciiChunks = codes.AsciiIsSingleByte();
+// Appends [p, end) with every multibyte character escaped byte by byte (as
+// far as the text goes) and every single-byte one coded by `rule`. Batches
+// that surely fit are written directly; a character that may need growth
+// goes through AppendChar.
+void AppendEscaped(VeskString& out, const unsigned char* p,
+                   const unsigned char* end, const ByteCodes& rule,
+                   const CharacterWidths& widths) {
+  const DirectWriter writer(out);
+  const bool asciiChunks = widths.AsciiIsSingleByte();
   WithRule(rule, [&](auto classifier) {
     while (p < end) {
       const long batch = std::min<long>(end - p, writer.Room() / 3);
       const unsigned char* const start = p;
       if (batch > 0) {
         writer.Commit(EscapeRun<decltype(classifier)::value>(
-            p, p + batch, end, writer.Begin(), rule, codes, asciiChunks));
+            p, p + batch, end, writer.Begin(), rule, widths, asciiChunks));
       }
       if (p != start) continue;
       // No whole character fits: this one goes byte by byte.
-      if (codes.Width(*p) == 1) {
-        AppendCode(work, rule, *p++);
+      if (widths.Width(*p) == 1) {
+        AppendCode(out, rule, *p++);
         continue;
       }
       const long bytes =
-          static_cast<long>(std::min<unsigned long>(codes.Width(*p), end - p));
+          static_cast<long>(std::min<unsigned long>(widths.Width(*p), end - p));
       for (long i = 0; i < bytes; ++i) {
-        AppendCode(work, vesk::kEscapeAllCodes, *p++);
+        AppendCode(out, vesk::kEscapeAllCodes, *p++);
       }
     }
   });
+}
+
+// Walks the text by code-page characters into a work string and hands out
+// an exact copy of what it built.
+char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
+  if (source.Length() == 0) return nullptr;
+  VeskString work;  // cleared on every way out, exceptions included
+  auto* p = reinterpret_cast<const unsigned char*>(source.Text());
+  const unsigned char* const end = p + std::strlen(source.Text());
+  const CharacterWidths widths(p, end);
+  // A text of single-byte characters is coded byte by byte by the rule
+  // alone: the form encoders' walk.
+  if (widths.TextIsSingleBytes()) {
+    AppendEncoded(work, p, end, rule);
+  } else {
+    AppendEscaped(work, p, end, rule, widths);
+  }
   // The escapes hold no NUL, so the length measures the copy.
   return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
                    static_cast<unsigned long>(work.Length()));
