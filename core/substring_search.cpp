@@ -336,7 +336,8 @@ struct NarrowSearch {
                                                     std::size_t m, std::size_t checked) {
     return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
   }
-  static const char* Find(const char* text, const char* needle) {
+  __attribute__((noinline)) static const char* Find(const char* text,
+                                                    const char* needle) {
     return FindFrom<Bytes, NarrowSearch>(text, needle);
   }
 };
@@ -359,6 +360,8 @@ struct WideSearch {
 };
 #endif
 
+// Both searches stay out of line, so that this choice is a tail call and
+// saves no register that only one of them uses.
 template <class Bytes>
 const char* Find(const char* text, const char* needle) {
 #if VESK_WITH_AVX2
