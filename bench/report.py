@@ -85,7 +85,7 @@ def short_copy_why(peer_name, limit):
                  f"in the table) take {share:.2f}x {peer_name}'s time")
         if share >= limit:
             return calls + (", so the target cannot be met without changing "
-                            "the heap requests.")
+                            "the heap requests or the host calls.")
         text = calls + (f", against a target of {limit:g}x; the walk and "
                         "the copy do not fit in what is left yet.")
         # The peer is timed on this input under each encoder's name; how far
