@@ -1,9 +1,9 @@
 // Heap texts handed to callers: copies, empty buffers, concatenations and
 // decimal renderings. Every size but U64ToChar's passes the size guard.
 #include <cstring>
-#include <utility>
 
 #include "../host/vm_string.h"
+#include "decimal_digits.h"
 #include "internal.h"
 #include "veskstring.h"
 
@@ -61,13 +61,11 @@ char* U64ToChar(unsigned long long value) {
   // 20 digits hold the largest value; the size needs no guard.
   auto* text = static_cast<char*>(Pelgc::SystemNew(21, Pelgc::kMayReturnNull));
   if (text == nullptr) return nullptr;
-  // Least significant digit first, then reversed in place.
-  int length = 0;
-  do {
-    text[length++] = "0123456789"[value % 10];
-    value /= 10;
-  } while (value != 0);
+  char digits[20];
+  char* const end = digits + sizeof digits;
+  const char* first = vesk::PutDecimal(static_cast<unsigned long>(value), end);
+  const auto length = static_cast<std::size_t>(end - first);
+  std::memcpy(text, first, length);
   text[length] = '\0';
-  for (int i = 0, j = length - 1; i < j; ++i, --j) std::swap(text[i], text[j]);
   return text;
 }

@@ -1,9 +1,9 @@
 // VeskString: numbers and format directives, appended one character or one
 // text at a time through AppendChar and AppendString.
 #include <cstdarg>
-#include <cstring>
 
 #include "../host/text_services.h"
+#include "decimal_digits.h"
 #include "direct_writer.h"
 #include "internal.h"
 #include "veskstring.h"
@@ -24,42 +24,9 @@ inline char* PutDigitsIn(unsigned long magnitude, unsigned long base,
   return end;
 }
 
-const char kPairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536"
-    "37383940414243444546474849505152535455565758596061626364656667686970717273"
-    "7475767778798081828384858687888990919293949596979899";
-
-// The two decimal digits of `v` < 100 at `out`.
-inline void PutPair(unsigned v, char* out) { std::memcpy(out, kPairs + 2 * v, 2); }
-
-// Decimal digits two at a time, eight a step while the number is long: one
-// 64-bit division leaves eight digits whose four pairs need no 64-bit
-// division and do not wait on one another.
-char* PutDecimal(unsigned long magnitude, char* end) {
-  while (magnitude >= 100000000) {
-    const unsigned long rest = magnitude / 100000000;
-    const auto eight = static_cast<unsigned>(magnitude - rest * 100000000);
-    const unsigned high = eight / 10000, low = eight % 10000;
-    end -= 8;
-    PutPair(high / 100, end);
-    PutPair(high % 100, end + 2);
-    PutPair(low / 100, end + 4);
-    PutPair(low % 100, end + 6);
-    magnitude = rest;
-  }
-  auto small = static_cast<unsigned>(magnitude);  // below 10^8
-  for (; small >= 100; small /= 100) PutPair(small % 100, end -= 2);
-  if (small >= 10) {
-    PutPair(small, end -= 2);
-    return end;
-  }
-  *--end = kDigits[small];
-  return end;
-}
-
 char* PutDigits(unsigned long magnitude, unsigned long base, char* end) {
   switch (base) {
-    case 10: return PutDecimal(magnitude, end);
+    case 10: return vesk::PutDecimal(magnitude, end);
     case 16: return PutDigitsIn(magnitude, 16, end);
     default: return PutDigitsIn(magnitude, base, end);
   }

@@ -1,6 +1,7 @@
 // Formatted appending: padded decimals and directives.
 #include <climits>
 #include <string>
+#include <vector>
 
 #include "test_support.h"
 
@@ -52,6 +53,28 @@ TEST(AppendNDigitsTest, ZerosStandBeforeTheSign) {
     VeskString s;
     s.AppendNDigits(c.value, c.digits);
     EXPECT_EQ(Bytes(s), c.expected) << c.value << ", " << c.digits;
+  }
+}
+
+// The decimal writer changes step at every power of ten and takes eight
+// digits at once from 10^8 up: AppendInt (both signs) and U64ToChar agree
+// with the C++ library on each side of every such edge.
+TEST(DecimalDigitsTest, AgreeWithTheLibraryAtEveryPowerOfTen) {
+  std::vector<unsigned long> values{ULONG_MAX, 1UL << 63};
+  for (unsigned long power = 1;; power *= 10) {
+    values.insert(values.end(), {power - 1, power, power + 1});
+    if (power > ULONG_MAX / 10) break;
+  }
+  for (unsigned long value : values) {
+    char* text = U64ToChar(value);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(std::string(text), std::to_string(value));
+    Pelgc::SystemDelete(text);
+    for (const long signedValue : {static_cast<long>(value), static_cast<long>(0 - value)}) {
+      VeskString s;
+      s.AppendInt(signedValue, 10);
+      EXPECT_EQ(Bytes(s), std::to_string(signedValue));
+    }
   }
 }
 
