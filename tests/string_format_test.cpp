@@ -1,4 +1,5 @@
-// Formatted appending: padded decimals and directives.
+// Formatted appending: padded decimals and directives, and the decimal
+// digits that AppendInt shares with U64ToChar.
 #include <climits>
 #include <string>
 #include <vector>
