@@ -354,7 +354,8 @@ struct WideSearch {
                                                                      std::size_t checked) {
     return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
   }
-  VESK_TARGET_AVX2 static const char* Find(const char* text, const char* needle) {
+  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Find(const char* text,
+                                                                     const char* needle) {
     return FindFrom<Bytes, WideSearch>(text, needle);
   }
 };
