@@ -241,7 +241,10 @@ class CharacterWidths {
 
   // The byte count of the character that `lead` begins: 1 for a
   // single-byte character. Known for every byte value of the text.
-  unsigned long Width(unsigned char lead) const { return m_width[lead]; }
+  unsigned long Width(unsigned char lead) const {
+    const unsigned asked = m_width[lead];
+    return asked >= 2 ? asked : 1;
+  }
 
   // Whether every byte of the text is known to be a character of its own,
   // so that the rule alone decides each byte.
@@ -251,16 +254,17 @@ class CharacterWidths {
   bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
 
  private:
-  // Asks the host for the width of `lead`'s character, where 0 counts as
-  // 1; returns 1 for a multibyte character and 0 for a single byte.
+  // Asks the host for the width of `lead`'s character and keeps it as
+  // given; returns nonzero for a multibyte character (2 and up). Reading 0
+  // as 1 is left to Width, off the path of a short text's many calls.
   unsigned Learn(int lead) {
     const auto asked = static_cast<unsigned>(
         PlayerBytesInChar(static_cast<unsigned char>(lead)));
-    m_width[lead] = asked >= 2 ? asked : 1;
-    return asked >= 2;
+    m_width[lead] = asked;
+    return asked >> 1;
   }
 
-  unsigned m_width[256];
+  unsigned m_width[256];  // as the host gave them
   bool m_textIsSingleBytes = false;
   bool m_asciiIsSingleByte = false;
 };
