@@ -97,6 +97,12 @@ def short_copy_why(peer_name, limit):
             text += (f" The same {peer_name} call on the same input read "
                      f"{min(same):,.1f} to {max(same):,.1f} ns across the "
                      f"{len(same)} rows that time it in this run.")
+            floor = times.get(f"CreateEncodedUrl/{case}/floor_required_calls")
+            fastest = floor / min(same)
+            text += (f" Against the fastest of them the calls alone take "
+                     f"{fastest:.2f}x")
+            text += (", which leaves no room under the target there."
+                     if fastest >= limit else ".")
         return text
     return why
 
