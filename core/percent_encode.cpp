@@ -70,15 +70,16 @@ inline unsigned StrictUrlBytes(const unsigned char* p) {
          Mask(_mm_or_si128(Equals(chunk, '-'), Equals(chunk, '.')));
 }
 
-// Letters, digits and the 24 marks: 0x21 to 0x2F, then : ; = ? @ [ ] _ ~.
+// Letters, digits and the 24 marks (0x21 to 0x2F, then : ; = ? @ [ ] _ ~):
+// the printable bytes 0x21 to 0x7E but < > \ ^ ` { | }. '<' and '>', like
+// '\' and '^', differ in bit 1 alone, so one compare tests each pair.
 inline unsigned UrlBytes(const unsigned char* p) {
   const __m128i chunk = Load16(p);
-  __m128i marks = _mm_and_si128(_mm_cmpgt_epi8(chunk, _mm_set1_epi8(0x20)),
-                                _mm_cmplt_epi8(chunk, _mm_set1_epi8(0x30)));
-  for (char c : {':', ';', '=', '?', '@', '[', ']', '_', '~'}) {
-    marks = _mm_or_si128(marks, Equals(chunk, c));
-  }
-  return LettersAndDigits(p) | Mask(marks);
+  const __m128i pairs = _mm_or_si128(chunk, _mm_set1_epi8(0x02));
+  const __m128i left_out =
+      _mm_or_si128(_mm_or_si128(Equals(pairs, '>'), Equals(pairs, '^')),
+                   _mm_or_si128(Equals(chunk, '`'), InRange(chunk, '{', 3)));
+  return Mask(_mm_andnot_si128(left_out, InRange(chunk, 0x21, 0x7E - 0x21 + 1)));
 }
 
 inline unsigned EveryByte(const unsigned char*) { return 0xFFFF; }
