@@ -20,12 +20,15 @@ fi
 
 # Many short repetitions in random order, so that the slow spells of a
 # shared machine fall on every row alike rather than on one side of a
-# comparison; with five repetitions of 0.1 s, medians of unchanged code
-# moved by a fifth or more between runs.
-repetitions=25
+# comparison. The spells last from a tenth of a second to seconds; with 25
+# repetitions of 0.04 s a row's median still fell in the fast spells in
+# one run and the slow ones in the next (the URL search read 1.13 to 1.60
+# of strstr over three runs of unchanged code), with 100 of 0.01 s it read
+# 1.15 to 1.33 over three.
+repetitions=100
 "$bench" --benchmark_repetitions=$repetitions \
   --benchmark_enable_random_interleaving=true \
-  --benchmark_report_aggregates_only=true --benchmark_min_time=0.04 \
+  --benchmark_report_aggregates_only=true --benchmark_min_time=0.01 \
   --benchmark_out=build/bench/results.json --benchmark_out_format=json
 mkdir -p docs
 python3 bench/report.py build/bench/results.json docs/PERFORMANCE.md $repetitions
