@@ -182,7 +182,7 @@ def target_lines(times):
                          f"{'met' if met else 'missed'} |")
             if not met:
                 notes.append(f"- {what}, {case}, against {peer} ({shown}): "
-                             + (why or "not forced by a rule; to be done."))
+                             + (why or "no rule of the module forces this miss."))
     if notes:
         lines += ["", "Missed in this run:", ""] + notes
     return lines + [""]
