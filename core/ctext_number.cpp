@@ -19,7 +19,9 @@ Unsigned ReadDecimal(const Unit* text, unsigned long n, bool allowSign) {
   const bool negative = allowSign && text[0] == '-';
   if (negative) i = 1;
   Unsigned value = 0;
-  for (; i < n && text[i] >= '0' && text[i] <= '9'; ++i) {
+  // An uncounted text ends at its terminator, a non-digit like any other,
+  // so the count is tested only where there is one.
+  for (; (n == kUncounted || i < n) && text[i] >= '0' && text[i] <= '9'; ++i) {
     value = value * 10u + static_cast<Unsigned>(text[i] - '0');
   }
   return negative ? static_cast<Unsigned>(0u - value) : value;
