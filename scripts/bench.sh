@@ -23,8 +23,8 @@ fi
 # comparison. The spells last from a tenth of a second to seconds; with 25
 # repetitions of 0.04 s a row's median still fell in the fast spells in
 # one run and the slow ones in the next (the URL search read 1.13 to 1.60
-# of strstr over three runs of unchanged code), with 100 of 0.01 s it read
-# 1.15 to 1.33 over three.
+# of strstr over three runs of unchanged code). With 100 of 0.01 s, four
+# of five runs read 1.15 to 1.33 and one 1.68: steadier, not steady.
 repetitions=100
 "$bench" --benchmark_repetitions=$repetitions \
   --benchmark_enable_random_interleaving=true \
