@@ -26,10 +26,6 @@ inline unsigned char FoldByte(char c) {
 }
 
 #if VESK_SCAN_SSE2
-inline unsigned BlockMask(__m128i bytes) {
-  return static_cast<unsigned>(_mm_movemask_epi8(bytes));
-}
-
 // 16 copies of `byte`, spread from a general register; a broadcast from
 // memory would read back a single stored byte as four and stall.
 inline __m128i Broadcast(unsigned char byte) {

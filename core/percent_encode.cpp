@@ -37,6 +37,7 @@ template <Classifier C>
 using Rule = std::integral_constant<Classifier, C>;
 
 #if defined(__SSE2__)
+using vesk::BlockMask;
 using vesk::InRange;
 using vesk::Load16;
 
@@ -46,28 +47,24 @@ inline unsigned LettersAndDigits(const unsigned char* p) {
   const __m128i chunk = Load16(p);
   const __m128i letter = InRange(_mm_or_si128(chunk, _mm_set1_epi8(0x20)), 'a', 26);
   const __m128i digit = InRange(chunk, '0', 10);
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(letter, digit)));
+  return BlockMask(_mm_or_si128(letter, digit));
 }
 
 // A mask with bit i set when byte i of `chunk` is below 0x80.
 inline unsigned AsciiBytes(const unsigned char* p) {
   const __m128i chunk = Load16(p);
-  return ~static_cast<unsigned>(_mm_movemask_epi8(chunk)) & 0xFFFF;
+  return ~BlockMask(chunk) & 0xFFFF;
 }
 
 inline __m128i Equals(__m128i chunk, char c) {
   return _mm_cmpeq_epi8(chunk, _mm_set1_epi8(c));
 }
 
-inline unsigned Mask(__m128i bytes) {
-  return static_cast<unsigned>(_mm_movemask_epi8(bytes));
-}
-
 // Letters, digits, '-' and '.'.
 inline unsigned StrictUrlBytes(const unsigned char* p) {
   const __m128i chunk = Load16(p);
   return LettersAndDigits(p) |
-         Mask(_mm_or_si128(Equals(chunk, '-'), Equals(chunk, '.')));
+         BlockMask(_mm_or_si128(Equals(chunk, '-'), Equals(chunk, '.')));
 }
 
 // Letters, digits and the 24 marks (0x21 to 0x2F, then : ; = ? @ [ ] _ ~):
@@ -79,7 +76,7 @@ inline unsigned UrlBytes(const unsigned char* p) {
   const __m128i left_out =
       _mm_or_si128(_mm_or_si128(Equals(pairs, '>'), Equals(pairs, '^')),
                    _mm_or_si128(Equals(chunk, '`'), InRange(chunk, '{', 3)));
-  return Mask(_mm_andnot_si128(left_out, InRange(chunk, 0x21, 0x7E - 0x21 + 1)));
+  return BlockMask(_mm_andnot_si128(left_out, InRange(chunk, 0x21, 0x7E - 0x21 + 1)));
 }
 
 inline unsigned EveryByte(const unsigned char*) { return 0xFFFF; }

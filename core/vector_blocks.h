@@ -13,6 +13,12 @@ namespace vesk {
 // 16 bytes from `p`, which need not be aligned.
 inline __m128i Load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
 
+// Bit i set when lane i of `bytes` has its top bit set, as a compare leaves
+// a lane that holds.
+inline unsigned BlockMask(__m128i bytes) {
+  return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+}
+
 // Lanes of `bytes` that lie in [low, low + count), count at most 128: the
 // range is moved to start at -128, so that one signed compare tests it.
 inline __m128i InRange(__m128i bytes, unsigned char low, int count) {
