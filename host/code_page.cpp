@@ -18,18 +18,47 @@ namespace {
 struct CodePage {
   const char* name;       // the host's name for it
   const char* iconvName;  // the C library's name for it
-  // Lead bytes of two-byte characters: [first1, last1] and [first2, last2].
-  unsigned char first1, last1, first2, last2;
   bool utf8;
+  // The byte count of the character that each byte value begins. The
+  // encoders ask for it byte after byte, so it is one load, not a test of
+  // ranges.
+  unsigned char width[256];
 };
 
+// UTF-8: the lead bytes of two-, three- and four-byte sequences.
+constexpr unsigned char Utf8LeadWidth(int lead) {
+  return lead >= 0xC2 && lead <= 0xDF   ? 2
+         : lead >= 0xE0 && lead <= 0xEF ? 3
+         : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                        : 1;
+}
+
+// A page whose two-byte characters begin with a byte in [first1, last1] or
+// [first2, last2] (an empty range when first > last).
+constexpr CodePage DoubleBytePage(const char* name, const char* iconvName, int first1,
+                                  int last1, int first2, int last2) {
+  CodePage page{name, iconvName, false, {}};
+  for (int lead = 0; lead < 256; ++lead) {
+    const bool leads =
+        (lead >= first1 && lead <= last1) || (lead >= first2 && lead <= last2);
+    page.width[lead] = leads ? 2 : 1;
+  }
+  return page;
+}
+
+constexpr CodePage Utf8Page() {
+  CodePage page{"utf-8", "UTF-8", true, {}};
+  for (int lead = 0; lead < 256; ++lead) page.width[lead] = Utf8LeadWidth(lead);
+  return page;
+}
+
 constexpr CodePage kCodePages[] = {
-    {"windows-1252", "CP1252", 1, 0, 1, 0, false},
-    {"shift_jis", "CP932", 0x81, 0x9F, 0xE0, 0xFC, false},
-    {"gbk", "CP936", 0x81, 0xFE, 1, 0, false},
-    {"big5", "CP950", 0x81, 0xFE, 1, 0, false},
-    {"euc-kr", "CP949", 0x81, 0xFE, 1, 0, false},
-    {"utf-8", "UTF-8", 1, 0, 1, 0, true},
+    DoubleBytePage("windows-1252", "CP1252", 1, 0, 1, 0),
+    DoubleBytePage("shift_jis", "CP932", 0x81, 0x9F, 0xE0, 0xFC),
+    DoubleBytePage("gbk", "CP936", 0x81, 0xFE, 1, 0),
+    DoubleBytePage("big5", "CP950", 0x81, 0xFE, 1, 0),
+    DoubleBytePage("euc-kr", "CP949", 0x81, 0xFE, 1, 0),
+    Utf8Page(),
 };
 
 std::atomic<const CodePage*> g_codePage{&kCodePages[0]};
@@ -130,16 +159,7 @@ char* CreateMBCSFromUTF8(const char* utf8, bool /*terminate*/) {
 }
 
 int PlayerBytesInChar(unsigned char lead) {
-  const CodePage* page = g_codePage.load();
-  if (page->utf8) {
-    return lead >= 0xC2 && lead <= 0xDF   ? 2
-           : lead >= 0xE0 && lead <= 0xEF ? 3
-           : lead >= 0xF0 && lead <= 0xF4 ? 4
-                                          : 1;
-  }
-  const bool leads = (lead >= page->first1 && lead <= page->last1) ||
-                     (lead >= page->first2 && lead <= page->last2);
-  return leads ? 2 : 1;
+  return g_codePage.load()->width[lead];
 }
 
 namespace vesk_host {
