@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""Turns the benchmark's JSON output into docs/PERFORMANCE.md.
+"""Turns the benchmark's JSON outputs into docs/PERFORMANCE.md.
+
+    report.py OUT REPETITIONS RESULTS.json...
+
+Each JSON file holds one group of rows that are set against each other.
 
 Benchmarks are named Operation/input/implementation; every peer is set
 against the module's own implementation ('vesk') on the same input, as the
@@ -27,16 +31,18 @@ def machine():
     return f"{cpu}, {platform.machine()}, Linux {platform.release()}, {compiler}"
 
 
-def medians(results):
+def medians(result_sets):
     times = OrderedDict()
-    # In the order the benchmarks were registered, whatever order they ran in.
-    runs = sorted(results["benchmarks"], key=lambda run: run.get("family_index", 0))
-    for run in runs:
-        if run.get("aggregate_name", "median") != "median":
-            continue
-        name = run.get("run_name", run["name"]).removesuffix("_median")
-        times[name] = run["real_time"] * {"ns": 1, "us": 1e3, "ms": 1e6,
-                                          "s": 1e9}[run["time_unit"]]
+    # Group by group in the order given, and in each in the order the
+    # benchmarks were registered, whatever order they ran in.
+    for results in result_sets:
+        runs = sorted(results["benchmarks"], key=lambda run: run.get("family_index", 0))
+        for run in runs:
+            if run.get("aggregate_name", "median") != "median":
+                continue
+            name = run.get("run_name", run["name"]).removesuffix("_median")
+            times[name] = run["real_time"] * {"ns": 1, "us": 1e3, "ms": 1e6,
+                                              "s": 1e9}[run["time_unit"]]
     return times
 
 
@@ -80,9 +86,10 @@ def short_copy_why(peer_name, limit):
             return None
         calls = ("A short escaped copy must make the growth rule's first "
                  "request (a 257-byte work buffer), ask the host for each "
-                 "character's width, copy the result out exactly and release "
-                 "the work buffer. Those calls alone (`floor_required_calls` "
-                 f"in the table) take {share:.2f}x {peer_name}'s time")
+                 "character's width, write the result into the work buffer, "
+                 "copy it out exactly and release the work buffer. That alone "
+                 "(`floor_required_calls` in the table, the result written "
+                 f"with `memcpy`) takes {share:.2f}x {peer_name}'s time")
         if share >= limit:
             return calls + (", so the target cannot be met without changing "
                             "the heap requests or the host calls.")
@@ -101,7 +108,7 @@ def short_copy_why(peer_name, limit):
                      f"{len(same)} rows that time it in this run.")
             floor = times.get(f"CreateEncodedUrl/{case}/floor_required_calls")
             fastest = floor / min(same)
-            text += (f" Against the fastest of them the calls alone take "
+            text += (f" Against the fastest of them that alone takes "
                      f"{fastest:.2f}x")
             text += (", which leaves no room under the target there."
                      if fastest >= limit else ".")
@@ -188,17 +195,20 @@ def target_lines(times):
     return lines + [""]
 
 
-def main(json_path, out_path, repetitions):
-    with open(json_path) as f:
-        results = json.load(f)
+def main(out_path, repetitions, json_paths):
+    result_sets = []
+    for path in json_paths:
+        with open(path) as f:
+            result_sets.append(json.load(f))
     groups = OrderedDict()
-    times = medians(results)
+    times = medians(result_sets)
     for name, ns in times.items():
         op, case, impl = name.split("/")
         groups.setdefault(op, OrderedDict()).setdefault(case, {})[impl] = ns
     lines = ["# Performance", "",
              "Each module operation beside its peers on the same input in the "
-             "same run. Ratio: the module's median time over the peer's "
+             "same run; each operation on each input runs in a process of "
+             "its own, its rows interleaved. Ratio: the module's median time over the peer's "
              "(below 1.00 the module is faster). Written by `scripts/bench.sh`.",
              "", f"Ran on: {machine()}; {repetitions} repetitions, medians.",
              "Rows whose peer starts with `floor_` are not peers: they time "
@@ -223,4 +233,4 @@ def main(json_path, out_path, repetitions):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1], sys.argv[2], sys.argv[3])
+    main(sys.argv[1], sys.argv[2], sys.argv[3:])

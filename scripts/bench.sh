@@ -20,16 +20,27 @@ fi
 
 # Many short repetitions in random order, so that the slow spells of a
 # shared machine fall on every row alike rather than on one side of a
-# comparison. The spells last from a tenth of a second to seconds; with 25
-# repetitions of 0.04 s a row's median still fell in the fast spells in
-# one run and the slow ones in the next (the URL search read 1.13 to 1.60
-# of strstr over three runs of unchanged code). With 100 of 0.01 s, four
-# of five runs read 1.15 to 1.33 and one 1.68: steadier, not steady.
+# comparison. The spells last from a tenth of a second to seconds. With all
+# rows in one process, a round of repetitions took over a second, and a
+# row's median could fall in the slow spells while its peer's fell in the
+# fast ones (the URL search read 1.13 to 1.68 of strstr over runs of
+# unchanged code). So each group of rows that are set against each other,
+# one operation on one input, runs in a process of its own: its rounds take
+# tens of milliseconds, and a row and its peers see the same spells.
 repetitions=100
-"$bench" --benchmark_repetitions=$repetitions \
-  --benchmark_enable_random_interleaving=true \
-  --benchmark_report_aggregates_only=true --benchmark_min_time=0.01 \
-  --benchmark_out=build/bench/results.json --benchmark_out_format=json
-mkdir -p docs
-python3 bench/report.py build/bench/results.json docs/PERFORMANCE.md $repetitions
+results=build/bench/results
+rm -rf "$results"
+mkdir -p "$results" docs
+groups=$("$bench" --benchmark_list_tests | awk -F/ '!seen[$1 "/" $2]++ { print $1 "/" $2 }')
+index=0
+for group in $groups; do
+  index=$((index + 1))
+  "$bench" --benchmark_filter="^$group/" --benchmark_repetitions=$repetitions \
+    --benchmark_enable_random_interleaving=true \
+    --benchmark_report_aggregates_only=true --benchmark_min_time=0.01 \
+    --benchmark_out="$(printf '%s/%03d.json' "$results" $index)" \
+    --benchmark_out_format=json >/dev/null
+  echo "ran $group"
+done
+python3 bench/report.py docs/PERFORMANCE.md $repetitions "$results"/*.json
 echo "wrote docs/PERFORMANCE.md"
