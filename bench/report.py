@@ -208,8 +208,9 @@ def main(out_path, repetitions, json_paths):
     lines = ["# Performance", "",
              "Each module operation beside its peers on the same input in the "
              "same run; each operation on each input runs in a process of "
-             "its own, its rows interleaved. Ratio: the module's median time over the peer's "
-             "(below 1.00 the module is faster). Written by `scripts/bench.sh`.",
+             "its own, its rows interleaved. Ratio: the module's median time "
+             "over the peer's (below 1.00 the module is faster). Written by "
+             "`scripts/bench.sh`.",
              "", f"Ran on: {machine()}; {repetitions} repetitions, medians.",
              "Rows whose peer starts with `floor_` are not peers: they time "
              "only what the module's rules oblige an operation to do, so the "
