@@ -25,14 +25,6 @@ struct CodePage {
   unsigned char width[256];
 };
 
-// UTF-8: the lead bytes of two-, three- and four-byte sequences.
-constexpr unsigned char Utf8LeadWidth(int lead) {
-  return lead >= 0xC2 && lead <= 0xDF   ? 2
-         : lead >= 0xE0 && lead <= 0xEF ? 3
-         : lead >= 0xF0 && lead <= 0xF4 ? 4
-                                        : 1;
-}
-
 // A page whose two-byte characters begin with a byte in [first1, last1] or
 // [first2, last2] (an empty range when first > last).
 constexpr CodePage DoubleBytePage(const char* name, const char* iconvName, int first1,
@@ -48,7 +40,10 @@ constexpr CodePage DoubleBytePage(const char* name, const char* iconvName, int f
 
 constexpr CodePage Utf8Page() {
   CodePage page{"utf-8", "UTF-8", true, {}};
-  for (int lead = 0; lead < 256; ++lead) page.width[lead] = Utf8LeadWidth(lead);
+  for (int lead = 0; lead < 256; ++lead) {
+    page.width[lead] =
+        static_cast<unsigned char>(vesk_host::Utf8LeadWidth(static_cast<unsigned char>(lead)));
+  }
   return page;
 }
 

@@ -28,22 +28,16 @@ char* PutUtf8(char32_t code, char* out) {
 std::size_t DecodeUtf8(const unsigned char* p, const unsigned char* end,
                        char32_t* code) {
   const unsigned char lead = p[0];
-  std::size_t width;
-  char32_t value;
-  char32_t minimum;
-  if (lead < 0x80) {
-    *code = lead;
-    return 1;
-  } else if (lead >= 0xC2 && lead <= 0xDF) {
-    width = 2, value = lead & 0x1F, minimum = 0x80;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    width = 3, value = lead & 0x0F, minimum = 0x800;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    width = 4, value = lead & 0x07, minimum = 0x10000;
-  } else {
-    *code = kReplacement;
+  const std::size_t width = Utf8LeadWidth(lead);
+  if (width == 1) {
+    *code = lead < 0x80 ? lead : kReplacement;
     return 1;
   }
+  // The lead holds the top 7 - width bits of the value; a value below
+  // `minimum` would fit in fewer bytes (an overlong form).
+  char32_t value = lead & (0x7Fu >> width);
+  static const char32_t kMinimum[] = {0, 0, 0x80, 0x800, 0x10000};
+  const char32_t minimum = kMinimum[width];
   std::size_t taken = 1;
   for (; taken < width; ++taken) {
     if (p + taken >= end || !IsContinuation(p[taken])) break;

@@ -9,6 +9,15 @@ namespace vesk_host {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
+// The byte count of the sequence that `lead` begins: 2 to 4 for the lead
+// bytes of well-formed sequences, 1 for every other byte.
+constexpr std::size_t Utf8LeadWidth(unsigned char lead) {
+  return lead >= 0xC2 && lead <= 0xDF   ? 2
+         : lead >= 0xE0 && lead <= 0xEF ? 3
+         : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                        : 1;
+}
+
 // Decodes one UTF-8 character from [p, end). Returns the bytes it takes
 // (at least 1) and stores the code point, or U+FFFD for an ill-formed
 // sequence (overlong forms, surrogates and values past U+10FFFF included).
