@@ -31,10 +31,16 @@ TEST(VmStringTest, DecodesUtf8AndEncodesItBack) {
       {"\xC3\xA9", {0xE9}, "\xC3\xA9"},
       {"\xE2\x82\xAC", {0x20AC}, "\xE2\x82\xAC"},
       {"\xF0\x9F\x98\x80", {0xD83D, 0xDE00}, "\xF0\x9F\x98\x80"},
-      // Ill-formed input: a lone continuation, an overlong slash, an encoded
-      // surrogate, a value past U+10FFFF and a truncated sequence.
+      // The least values of two, three and four bytes.
+      {"\xC2\x80\xE0\xA0\x80\xF0\x90\x80\x80", {0x80, 0x800, 0xD800, 0xDC00},
+       "\xC2\x80\xE0\xA0\x80\xF0\x90\x80\x80"},
+      // Ill-formed input: a lone continuation, overlong forms of '/', U+07FF
+      // and U+FFFF, an encoded surrogate, a value past U+10FFFF and a
+      // truncated sequence.
       {"\x80", {0xFFFD}, "\xEF\xBF\xBD"},
       {"\xC0\xAF", {0xFFFD, 0xFFFD}, "\xEF\xBF\xBD\xEF\xBF\xBD"},
+      {"\xE0\x9F\xBF\xF0\x8F\xBF\xBF", {0xFFFD, 0xFFFD},
+       "\xEF\xBF\xBD\xEF\xBF\xBD"},
       {"\xED\xA0\x80", {0xFFFD}, "\xEF\xBF\xBD"},
       {"\xF4\x90\x80\x80", {0xFFFD}, "\xEF\xBF\xBD"},
       {"a\xE2\x82", {'a', 0xFFFD}, "a\xEF\xBF\xBD"},
