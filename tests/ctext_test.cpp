@@ -194,6 +194,8 @@ TEST(CTextTest, HeapTexts) {
     EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(s)), bytes);
     EXPECT_EQ(Pelgc::GetHeapStats().lastSize, bytes.size() + 1);
   }
+  EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(5UL)), "");
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 6u);
   const auto unreadable = Guarded8::Counted("x", 0);
   const unsigned long requests = Pelgc::GetHeapStats().requests;
   EXPECT_EQ(CreateStr(kNullText), nullptr);

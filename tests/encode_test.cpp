@@ -29,10 +29,15 @@ std::string Encode(Rule rule, const std::string& text) {
                                      : s.CreateEncodedUrl());
 }
 
-// Each byte value after runs of kept bytes long enough for the 16- and
-// 32-byte steps, at changing offsets within them.
+// Each byte value alone, and after runs of kept bytes long enough for the
+// 16- and 32-byte steps, at changing offsets within them.
 TEST(EncodeTest, EveryRuleKeepsExactlyItsBytes) {
   for (int rule = 0; rule < vesk_test::kRules; ++rule) {
+    for (int b = 1; b < 256; ++b) {
+      const std::string byte(1, static_cast<char>(b));
+      EXPECT_EQ(Encode(Rule(rule), byte), vesk_test::Encoded(byte, Rule(rule)))
+          << rule << " " << b;
+    }
     for (int shift : {0, 9, 18, 27}) {
       std::string text;
       for (int b = 1; b < 256; ++b) {
@@ -50,12 +55,23 @@ TEST(EncodeTest, SpacesNullTextsAndMultibyteCharacters) {
   s.EncodeString(nullptr, 6, true, true);
   s.EncodeStringHighAscii(nullptr, 6);
   EXPECT_EQ(Bytes(s), "a=b+c");
+  // Appended to buffers filled to each level: a character that may not fit
+  // goes by itself, and the next one by its own rule.
+  for (int length = 0; length < 10; ++length) {
+    VeskString t(10);
+    t.AppendString(std::string(size_t(length), '~').c_str());
+    t.EncodeString("ab cd", 5, true, false);
+    t.EncodeStringHighAscii("ab\xE9" "cd", 5);
+    EXPECT_EQ(Bytes(t), std::string(size_t(length), '~') + "ab+cdab%E9cd");
+  }
   EXPECT_EQ(VeskString("").CreateEncodedUrl(), nullptr);
   ScopedCodePage page("shift_jis");
   for (Rule rule : {vesk_test::kStrict, vesk_test::kLenient,
                     vesk_test::kUpper128, vesk_test::kUrl}) {
-    EXPECT_EQ(Encode(rule, "a\x83\x5C" "b"), "a%83%5Cb");
+    EXPECT_EQ(Encode(rule, "ab\x83\x5C" "c"), "ab%83%5Cc");
     EXPECT_EQ(Encode(rule, "\x83"), "%83");  // cut short by the NUL
+    const std::string run(300, 'a');  // long: widths asked for all bytes
+    EXPECT_EQ(Encode(rule, run + "\x83\x5C" "c"), run + "%83%5Cc");
   }
 }
 

@@ -1,6 +1,7 @@
 // VeskString: storage, assignment, appending and growth, formatting,
 // comparison, case and slicing.
 #include <climits>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -30,6 +31,16 @@ void ExpectText(const VeskString& s, const char* text,
                       : size   ? State::kOwn
                                : State::kSharedEmpty;
   ExpectString(s, state, text ? text : "", size + 1, what);
+}
+
+// Every byte but 0, folded to `upper` or lower case by the C library in
+// the C locale, or as it is.
+std::string EveryByte(int upper = -1) {
+  std::string bytes;
+  for (int b = 1; b < 256; ++b) {
+    bytes += char(upper < 0 ? b : upper ? std::toupper(b) : std::tolower(b));
+  }
+  return bytes;
 }
 
 // Each row runs on a zeroed string `s` and names the state, the bytes and
@@ -96,7 +107,10 @@ TEST(StringTest, StatesTextsAndCapacities) {
       ROW("SharedEmptyUntouched", kSharedEmpty, "", 1, s = ""; s.Truncate(0);
           s.RemoveTrailingSpaces(); s.ToUpper(); s.ToLower()),
       ROW("SharedEmptyCleared", kZeroed, "", 0, s = ""; s.SecureClear()),
-      ROW("ToUpper", kOwn, "ABC-XYZ\xE9", 9, s = "abc-xyz\xE9"; s.ToUpper()),
+      ROW("ToUpper", kOwn, EveryByte(1), 256,
+          s = EveryByte().c_str(); s.ToUpper()),
+      ROW("ToLower", kOwn, EveryByte(0), 256,
+          s = EveryByte().c_str(); s.ToLower()),
       ROW("ToLowerStopsAtANul", kOwn, "hello, world\0AB"s, 257,
           Put(s, "Hello, World\0AB"s); s.ToLower()),
   };
@@ -192,10 +206,11 @@ TEST(StringTest, FormattedAppends) {
       ROW("07", s.AppendNDigits(7, 2)), ROW("0-5", s.AppendNDigits(-5, 3)),
       ROW("-5", s.AppendNDigits(-5, 2)), ROW("5", s.AppendNDigits(5, INT_MIN)),
       ROW("0-2147483648", s.AppendNDigits(INT_MIN, 12)),
-      ROW("-10101010", s.AppendInt(-10, 10); s.AppendInt(42, 2)),
+      ROW("-10101010|aa|-5", s.AppendInt(-10, 10); s.AppendInt(42, 2);
+          s.AppendFormat("|"); s.AppendInt(120, 11); s.AppendFormat("|%d", -5)),
       ROW("zz|ffffffffffffffff", s.AppendInt(1295, 36); s.AppendChar('|');
           s.AppendInt(-1, 16); s.AppendInt(5, 37); s.AppendInt(5, 1)),
-      ROW("-1.5e-7", s.AppendDouble(-1.5e-7)),
+      ROW("-1.5e-7|0", s.AppendDouble(-1.5e-7); s.AppendFormat("|%f", 0.0)),
   };
   for (const auto& row : kRows) {
     VeskString s("~");
