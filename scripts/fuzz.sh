@@ -17,7 +17,7 @@ configure_sanitized "$dir" -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_EXAMPLES=OFF \
   -DVESK_BUILD_FUZZERS=ON
 
 failed=0
-for target in string_ops ctext round_trip; do
+for target in text; do
   corpus=$dir/corpus/$target
   findings=$dir/findings/$target
   log=$dir/$target.log

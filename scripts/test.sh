@@ -2,7 +2,7 @@
 # Sets up, builds and runs every test: once with g++ (optimised) and once
 # with clang (debug, SSE2 only), both with warnings as errors; then the clang build's
 # unit tests under valgrind, everything again under AddressSanitizer and
-# UndefinedBehaviorSanitizer, and each fuzz target for 40 seconds.
+# UndefinedBehaviorSanitizer, and the fuzz target for 120 seconds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -25,4 +25,4 @@ run_suite gcc g++ RelWithDebInfo
 run_suite clang clang++ Debug "-gdwarf-4 -DVESK_NO_AVX2"
 scripts/valgrind.sh build/clang
 scripts/sanitize.sh
-scripts/fuzz.sh 40
+scripts/fuzz.sh 120

@@ -1,20 +1,26 @@
-// Every public operation that can allocate, and every host service that the
-// module calls, run with each of its heap requests failing in turn (see
-// SweepHeapFaults). Only std::bad_alloc may pass; what the operation leaves
-// must be a valid string in the state its documentation names for a
-// failure; and no block may stay live once everything is released.
+// Every operation of the module that can allocate, run once to count its
+// heap requests and then again with each of them failing in turn: returning
+// null and throwing std::bad_alloc, failing that request only and every one
+// from it on. Only std::bad_alloc may pass; what is left must be a valid
+// string in the state that the operation names for a failure; and no block
+// may stay live once everything is released.
 #include <cstdio>
+#include <functional>
 #include <memory>
+#include <new>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "host/object_model.h"
 #include "host/vm_string.h"
-#include "test_support.h"
+#include "support.h"
 
 namespace {
 
-using vesk_test::FaultedRun;
+using Pelgc::HeapFault;
+using S = VeskString;
+using In = const std::string&;
 
 // What an operation left: a string (`text` false when zeroed) or a heap
 // text (`text` false for null).
@@ -26,13 +32,13 @@ struct Seen {
     return text == o.text && bytes == o.bytes && capacity == o.capacity;
   }
 };
-void PrintTo(const Seen& s, std::ostream* os) {
-  *os << (s.text ? '"' + s.bytes + '"' : "(none)") << ", capacity "
-      << s.capacity;
-}
 
-Seen Look(const VeskString& s) {
-  vesk_test::ExpectValidState(s);
+Seen Look(const S& s) {
+  const bool shared = s.Text() == vesk_test::SharedEmpty();
+  EXPECT_TRUE(s.Text() == nullptr ? s.Length() + s.Capacity() == 0
+              : shared            ? s.Length() == 0 && s.Capacity() == 1
+                       : s.Length() >= 0 && s.Length() < s.Capacity() &&
+                             s.Text()[s.Length()] == '\0');
   return {s.Text() != nullptr, vesk_test::Bytes(s), s.Capacity()};
 }
 
@@ -43,6 +49,29 @@ Seen Take(char* text) {
   return seen;
 }
 
+// Runs the call under test of one run with the run's fault armed (none in
+// the counting run), counting the requests and noting a std::bad_alloc.
+struct Faulted {
+  bool armed = false;
+  unsigned long k = 0;  // 0: the first request fails
+  HeapFault fault = HeapFault::kReturnNull;
+  bool persistent = false;
+  mutable bool threw = false;
+  mutable unsigned long requests = 0;
+
+  void operator()(const std::function<void()>& call) const {
+    const unsigned long before = Pelgc::GetHeapStats().requests;
+    try {
+      if (armed) Pelgc::InjectHeapFault(k, fault, persistent);
+      call();
+    } catch (const std::bad_alloc&) {
+      threw = true;
+    }
+    Pelgc::ClearHeapFault();
+    requests += Pelgc::GetHeapStats().requests - before;
+  }
+};
+
 // What a failure must leave, as each operation documents it.
 enum class After {
   kZeroed,     // the string is zeroed
@@ -52,20 +81,8 @@ enum class After {
   kWhole,      // nothing (zeroed, null), or the full result
 };
 
-// The arguments of an operation: the string under test (starting from a
-// text of the case's choice), the input as a string (never changed) and
-// as C text.
-struct Ctx {
-  VeskString& s;
-  const VeskString& source;
-  const std::string& in;
-  const char* text() const { return in.c_str(); }
-  int size() const { return static_cast<int>(in.size()); }
-};
-
-using Run = std::function<Seen(const std::string& in, const FaultedRun&,
-                               Seen* before)>;
-
+// One run on the input; `before` receives what the string held first.
+using Run = std::function<Seen(In in, const Faulted&, Seen* before)>;
 struct Case {
   const char* name;
   After after;
@@ -77,204 +94,146 @@ struct Case {
   unsigned long untouched = 0;
 };
 
-// Runs `body(ctx)` and checks that the source stayed as it was.
-template <class Body>
-Seen WithContext(const char* start, const std::string& in, Body body) {
-  VeskString s(start != nullptr ? start : in.c_str());
-  const VeskString source(in.c_str());
-  const Seen was = Look(source);
-  const Seen seen = body(Ctx{s, source, in});
-  EXPECT_EQ(Look(source), was);
-  return seen;
-}
-
-// `act(ctx)` on a string holding `start`, or the input when it is null;
-// with `replaces`, what it held does not count as its start.
+// `act(s, source, in)` on a string `s` holding `start` (the input when
+// null; nothing that counts when `replaces`), `source` holding the input.
 template <class Act>
 Run On(const char* start, Act act, bool replaces = false) {
-  return [=](const std::string& in, const FaultedRun& faulted, Seen* before) {
-    return WithContext(start, in, [&](const Ctx& c) {
-      *before = replaces ? Seen{} : Look(c.s);
-      faulted([&] { act(c); });
-      return Look(c.s);
-    });
+  return [=](In in, const Faulted& faulted, Seen* before) {
+    S s(start != nullptr ? start : in.c_str());
+    const S source(in.c_str());
+    *before = replaces ? Seen{} : Look(s);
+    faulted([&] { act(s, source, in); });
+    return Look(s);
   };
 }
+#define ON(start, ...) \
+  On(start, [](S& s, [[maybe_unused]] const S& source,   \
+                [[maybe_unused]] In in) { __VA_ARGS__; })
+#define REPLACING(...) \
+  On(nullptr, [](S& s, const S&, In in) { __VA_ARGS__; }, true)
 
-// The string that `make(ctx)` returns from `new`.
+// What `make(source, in)` returns, `source` holding the input: a new
+// string, or a heap text.
 template <class Make>
 Run Made(Make make) {
-  return [=](const std::string& in, const FaultedRun& faulted, Seen*) {
-    return WithContext("", in, [&](const Ctx& c) {
-      std::unique_ptr<VeskString> made;
-      faulted([&] { made.reset(make(c)); });
-      return made != nullptr ? Look(*made) : Seen{};
+  return [=](In in, const Faulted& faulted, Seen*) {
+    const S source(in.c_str());
+    const Seen was = Look(source);
+    std::unique_ptr<S> made;
+    char* text = nullptr;
+    faulted([&] {
+      if constexpr (std::is_same_v<decltype(make(source, in)), char*>) {
+        text = make(source, in);
+      } else {
+        made.reset(make(source, in));
+      }
     });
+    EXPECT_EQ(Look(source), was);
+    return made ? Look(*made) : Take(text);
   };
 }
+#define MADE(...) \
+  Made([]([[maybe_unused]] const S& source, [[maybe_unused]] In in) { \
+    return __VA_ARGS__;                                            \
+  })
 
-// The heap text that `make(ctx)` hands out.
-template <class Make>
-Run Handed(Make make) {
-  return [=](const std::string& in, const FaultedRun& faulted, Seen*) {
-    return WithContext("", in, [&](const Ctx& c) {
-      char* text = nullptr;
-      faulted([&] { text = make(c); });
-      return Take(text);
-    });
-  };
-}
-
-void Formatted(const Ctx& c, bool replace, bool padded) {
+void Formatted(S& s, In in, bool padded) {
   // "00%d" is what '%2' gives when its measure gets no block.
   const char* format = padded ? "%s|%d|%x|%c%b|%f|00%d|%3|%p|%%|%q%"
                               : "%s|%d|%x|%c%b|%f|%2|%3|%p|%%|%q%";
-  void* p = reinterpret_cast<void*>(0xBEEF);
-  if (replace) {
-    c.s.Format(format, c.text(), -42, 255, 'A', 1, -0.5, 7, "xyz", p);
-  } else {
-    c.s.AppendFormat(format, c.text(), -42, 255, 'A', 1, -0.5, 7, "xyz", p);
-  }
+  s.AppendFormat(format, in.c_str(), -42, 255, 'A', 1, -0.5, 7, "xyz",
+                 reinterpret_cast<void*>(0xBEEF));
 }
 
-void EncodeVariables(const Ctx& c, bool convert) {
+void EncodeVariables(S& s, In in, bool convert) {
   auto object = ScriptObject::Create();
-  object->SetVariable("n1", ScriptAtom::FromString(c.text()));
+  object->SetVariable("n1", ScriptAtom::FromString(in.c_str()));
   object->SetVariable("$x", ScriptAtom::FromNumber(1));
   object->SetVariable("n 2", ScriptAtom::FromNumber(-2.5));
   object->SetVariable("n3", ScriptAtom::FromBool(true));
   CorePlayer player;
   player.convertToCodePage = convert;
-  c.s.EncodeVariables(&player, object, 6, false);
+  s.EncodeVariables(&player, object, 6, false);
+}
+
+// The four escaped copies' texts, a null one as nothing.
+S* EscapedCopies(const S& source) {
+  std::string all = Take(source.CreateEscapedCStr(true)).bytes;
+  all += Take(source.CreateEscapedCStr(false)).bytes;
+  all += Take(source.CreateUpper128ASCIIEscapedCStr()).bytes;
+  all += Take(source.CreateEncodedUrl()).bytes;
+  return new S(all.c_str());
+}
+
+marlo::String* Vm(In in) {
+  static std::unique_ptr<marlo::String> vm;
+  vm = std::make_unique<marlo::String>(in.c_str());
+  return vm.get();
 }
 
 std::vector<Case> Cases() {
-  using S = VeskString;
-  using C = const Ctx&;
-  const char* ab = "ab";
+  const After kZeroed = After::kZeroed, kDropped = After::kDropped,
+              kWhole = After::kWhole, kUnchanged = After::kUnchanged;
   return {
-      {"VeskString(const char*)", After::kZeroed,
-       Made([](C c) { return new S(c.text()); })},
-      {"VeskString(marlo::String*)", After::kZeroed, Made([](C c) {
-         marlo::String vm(c.text());
-         return new S(&vm);
+      {"VeskString(text)", kZeroed, MADE(new S(in.c_str()))},
+      {"VeskString(marlo::String*)", kZeroed, MADE(new S(Vm(in)))},
+      {"VeskString(n + 1)", kZeroed, MADE(new S(int(in.size()) + 1))},
+      {"VeskString(const VeskString&)", kZeroed, MADE(new S(source))},
+      {"Set(text, -1)", kZeroed, ON("ab", s.Set(in.c_str(), -1))},
+      {"Set(text, n / 2)", kZeroed,
+       ON("ab", s.Set(in.c_str(), int(in.size()) / 2))},
+      // The UTF-8 view comes first.
+      {"Set(marlo::String*)", kZeroed, ON("ab", s.Set(Vm(in))), nullptr, 1},
+      {"Copy", kZeroed, ON("ab", s.Copy(source))},
+      {"operator=(VeskString)", kZeroed, ON("ab", s = source)},
+      {"operator=(text)", kZeroed, ON("ab", s = in.c_str())},
+      {"AppendChar, AppendThreeChars, AppendHexByte", kDropped,
+       ON("ab", for (char c : in) s.AppendChar(c);
+          if (in.size() >= 3) s.AppendThreeChars(in.c_str());
+          for (char c : in) s.AppendHexByte(c))},
+      {"AppendString(text)", kUnchanged, ON("ab", s.AppendString(in.c_str()))},
+      {"AppendString(text, n / 2)", kUnchanged,
+       ON("ab", s.AppendString(in.c_str(), int(in.size()) / 2))},
+      {"AppendInt", kDropped,
+       ON(nullptr, for (int radix : {2, 10, 16, 36}) {
+         s.AppendInt(-1234567890123, radix);
        })},
-      {"VeskString(int)", After::kZeroed,
-       Made([](C c) { return new S(c.size() + 1); })},
-      {"VeskString(const VeskString&)", After::kZeroed,
-       Made([](C c) { return new S(c.source); })},
-      {"Set(text, -1)", After::kZeroed,
-       On(ab, [](C c) { c.s.Set(c.text(), -1); })},
-      {"Set(text, n)", After::kZeroed,
-       On(ab, [](C c) { c.s.Set(c.text(), c.size() / 2); })},
-      {"Set(marlo::String*)", After::kZeroed, On(ab, [](C c) {
-         marlo::String vm(c.text());
-         c.s.Set(&vm);
-       }), nullptr, 1},  // the UTF-8 view comes first
-      {"Copy", After::kZeroed, On(ab, [](C c) { c.s.Copy(c.source); })},
-      {"operator=(VeskString)", After::kZeroed,
-       On(ab, [](C c) { c.s = c.source; })},
-      {"operator=(text)", After::kZeroed, On(ab, [](C c) { c.s = c.text(); })},
-      {"AppendChar", After::kDropped, On(ab, [](C c) {
-         for (char ch : c.in) c.s.AppendChar(ch);
-       })},
-      {"AppendString(text)", After::kUnchanged,
-       On(ab, [](C c) { c.s.AppendString(c.text()); })},
-      {"AppendString(text, n)", After::kUnchanged,
-       On(ab, [](C c) { c.s.AppendString(c.text(), c.size() / 2); })},
-      {"AppendThreeChars", After::kDropped, On(ab, [](C c) {
-         for (int i = 0; i + 3 <= c.size(); i += 3) {
-           c.s.AppendThreeChars(c.text() + i);
-         }
-       })},
-      {"AppendHexByte", After::kDropped, On(ab, [](C c) {
-         for (char ch : c.in) c.s.AppendHexByte(static_cast<unsigned char>(ch));
-       })},
-      {"AppendInt", After::kDropped, On(nullptr, [](C c) {
-         for (int radix : {2, 10, 16, 36}) c.s.AppendInt(-1234567890123, radix);
-       })},
-      {"AppendNDigits", After::kDropped,
-       On(nullptr, [](C c) { c.s.AppendNDigits(-c.size() - 7, 12); }),
-       On(nullptr, [](C c) {
-         c.s.AppendString("000000000000");
-         c.s.AppendInt(-c.size() - 7, 10);
-       })},
-      {"AppendDouble", After::kDropped,
-       On(nullptr, [](C c) { c.s.AppendDouble(-1.5e-7 * (c.size() + 1)); })},
-      {"AppendFormat", After::kDropped,
-       On(nullptr, [](C c) { Formatted(c, false, false); }),
-       On(nullptr, [](C c) { Formatted(c, false, true); })},
-      {"Format", After::kDropped,
-       On(nullptr, [](C c) { Formatted(c, true, false); }, true),
-       On(nullptr, [](C c) { Formatted(c, true, true); }, true)},
-      {"SubString", After::kWhole,
-       Made([](C c) { return new S(c.source.SubString(1, c.size() / 2)); })},
-      {"CharFromCode", After::kWhole,
-       Made([](C c) { return new S(S::CharFromCode(c.size() + 65.5)); })},
-      {"EncodeString converted", After::kDropped,
-       On("a=", [](C c) { c.s.EncodeString(c.text(), 6, true, true); }),
-       On("a=", [](C c) { c.s.EncodeString(c.text(), 5, true, true); })},
-      {"EncodeString", After::kDropped,
-       On("a=", [](C c) { c.s.EncodeString(c.text(), 5, false, false); })},
-      {"EncodeStringHighAscii", After::kDropped,
-       On("a=", [](C c) { c.s.EncodeStringHighAscii(c.text(), 6); }),
-       On("a=", [](C c) { c.s.EncodeStringHighAscii(c.text(), 5); })},
-      {"CreateEscapedCStr(true)", After::kDropped,
-       Handed([](C c) { return c.source.CreateEscapedCStr(true); })},
-      {"CreateEscapedCStr(false)", After::kDropped,
-       Handed([](C c) { return c.source.CreateEscapedCStr(false); })},
-      {"CreateUpper128ASCIIEscapedCStr", After::kDropped,
-       Handed([](C c) { return c.source.CreateUpper128ASCIIEscapedCStr(); })},
-      {"CreateEncodedUrl", After::kDropped,
-       Handed([](C c) { return c.source.CreateEncodedUrl(); })},
-      {"EncodeVariables", After::kDropped,
-       On("/p", [](C c) { EncodeVariables(c, true); }),
-       On("/p", [](C c) { EncodeVariables(c, false); })},
-      {"CreateStr(text)", After::kWhole,
-       Handed([](C c) { return CreateStr(c.text()); })},
-      {"CreateStr(n)", After::kWhole, Handed([](C c) {
-         return CreateStr(static_cast<unsigned long>(c.size()));
-       })},
-      {"CreateStr(text, n)", After::kWhole, Handed([](C c) {
-         return CreateStr(c.text(), static_cast<unsigned long>(c.size()));
-       })},
-      {"CreateStr(marlo::String*)", After::kWhole, Handed([](C c) {
-         marlo::String vm(c.text());
-         return CreateStr(&vm);
-       })},
-      {"ConcatStr", After::kWhole,
-       Handed([](C c) { return ConcatStr(c.text(), c.text()); })},
-      {"U64ToChar", After::kWhole,
-       Handed([](C c) { return U64ToChar(c.in.size() * 1000000007ULL); })},
-      // The host services that the module calls.
-      {"StUTF8String", After::kWhole,
-       [](const std::string& in, const FaultedRun& faulted, Seen*) {
-         marlo::String vm(in.c_str());
-         Seen seen;
-         faulted([&] {
-           marlo::StUTF8String view(&vm);
-           seen = {true, view.c_str(), 0};
-         });
-         return seen;
-       }},
-      {"CreateMBCSFromUTF8", After::kWhole,
-       Handed([](C c) { return CreateMBCSFromUTF8(c.text(), true); })},
-      {"ConvertDoubleToString", After::kWhole,
-       Handed([](C c) { return ConvertDoubleToString(c.size() * -1.25e-9); })},
-      {"CorePlayer::ToString", After::kWhole, Handed([](C c) {
-         return CorePlayer().ToString(ScriptAtom::FromString(c.text()));
-       })},
-      {"Get8BitCopyOfStringData", After::kWhole, Handed([](C c) {
-         return ScriptAtom::FromString(c.text()).Get8BitCopyOfStringData();
-       })},
+      {"AppendNDigits", kDropped,
+       ON(nullptr, s.AppendNDigits(-int(in.size()) - 7, 12)),
+       ON(nullptr, s.AppendString("000000000000");
+          s.AppendInt(-long(in.size()) - 7, 10))},
+      {"AppendDouble", kDropped,
+       ON(nullptr, s.AppendDouble(-1.5e-7 * (in.size() + 1)))},
+      {"AppendFormat", kDropped, ON(nullptr, Formatted(s, in, false)),
+       ON(nullptr, Formatted(s, in, true))},
+      {"Format", kDropped, REPLACING(s.Format("%s|%2|%f", in.c_str(), 7, .5)),
+       REPLACING(s.Format("%s|00%d|%f", in.c_str(), 7, .5))},
+      {"SubString", kWhole,
+       MADE(new S(source.SubString(1, int(in.size()) / 2)))},
+      {"CharFromCode", kWhole, MADE(new S(S::CharFromCode(in.size() + 65.5)))},
+      {"EncodeString converted", kDropped,
+       ON("a=", s.EncodeString(in.c_str(), 6, true, true)),
+       ON("a=", s.EncodeString(in.c_str(), 5, true, true))},
+      {"EncodeString", kDropped,
+       ON("a=", s.EncodeString(in.c_str(), 5, false, false))},
+      {"EncodeStringHighAscii", kDropped,
+       ON("a=", s.EncodeStringHighAscii(in.c_str(), 6)),
+       ON("a=", s.EncodeStringHighAscii(in.c_str(), 5))},
+      {"the escaped copies", kDropped, MADE(EscapedCopies(source))},
+      {"EncodeVariables", kDropped, ON("/p", EncodeVariables(s, in, true)),
+       ON("/p", EncodeVariables(s, in, false))},
+      {"CreateStr(text)", kWhole, MADE(CreateStr(in.c_str()))},
+      {"CreateStr(n)", kWhole, MADE(CreateStr(in.size()))},
+      {"CreateStr(text, n)", kWhole, MADE(CreateStr(in.c_str(), in.size()))},
+      {"CreateStr(marlo::String*)", kWhole, MADE(CreateStr(Vm(in)))},
+      {"ConcatStr", kWhole, MADE(ConcatStr(in.c_str(), in.c_str()))},
+      {"U64ToChar", kWhole, MADE(U64ToChar(in.size() * 1000000007ULL))},
   };
 }
 
 bool IsSubsequence(const std::string& part, const std::string& whole) {
   std::size_t matched = 0;
-  for (char c : whole) {
-    if (matched < part.size() && part[matched] == c) ++matched;
-  }
+  for (char c : whole) matched += matched < part.size() && part[matched] == c;
   return matched == part.size();
 }
 
@@ -283,88 +242,74 @@ bool IsPrefix(const std::string& part, const std::string& whole) {
 }
 
 // `outputs`: what the operation gives without a fault, then its fallback.
-void ExpectFailureLeft(const Case& c, const FaultedRun& run,
-                       const Seen& before, const Seen& after,
-                       const std::vector<Seen>& outputs) {
-  switch (c.after) {
-    case After::kZeroed:
-      EXPECT_EQ(after, run.Failing() < c.untouched ? before : Seen{});
-      break;
-    case After::kUnchanged:
-      EXPECT_EQ(after, before);
-      break;
-    case After::kWhole:
-      if (after.text) {
-        EXPECT_EQ(after, outputs[0]);
-      }
-      break;
-    case After::kDropped: {
-      ASSERT_TRUE(IsPrefix(before.bytes, after.bytes)) << after.bytes;
-      const std::string added = after.bytes.substr(before.bytes.size());
-      bool explained = false;
-      for (const Seen& output : outputs) {
-        const std::string full = output.bytes.substr(before.bytes.size());
-        explained |= run.Threw() ? IsPrefix(added, full)
-                                 : IsSubsequence(added, full);
-      }
-      EXPECT_TRUE(explained) << "added: " << added;
-      break;
+void ExpectFailureLeft(const Case& c, const Faulted& run, const Seen& before,
+                       const Seen& after, const std::vector<Seen>& outputs) {
+  if (c.after == After::kZeroed) {
+    EXPECT_TRUE(after == (run.k < c.untouched ? before : Seen{}));
+  } else if (c.after == After::kUnchanged) {
+    EXPECT_TRUE(after == before);
+  } else if (c.after == After::kWhole) {
+    EXPECT_TRUE(!after.text || after == outputs[0]);
+  } else {
+    ASSERT_TRUE(IsPrefix(before.bytes, after.bytes)) << after.bytes;
+    const std::string added = after.bytes.substr(before.bytes.size());
+    bool explained = false;
+    for (const Seen& output : outputs) {
+      const std::string full = output.bytes.substr(before.bytes.size());
+      explained |= run.threw ? IsPrefix(added, full)
+                             : IsSubsequence(added, full);
     }
+    EXPECT_TRUE(explained) << "added: " << added;
   }
 }
 
-void Sweep(const Case& c, const std::string& in) {
-  std::vector<Seen> outputs;
-  Seen before;
-  if (c.fallback) outputs.push_back(c.fallback(in, FaultedRun(), &before));
-  vesk_test::SweepHeapFaults([&](const FaultedRun& run) {
-    const Seen after = c.run(in, run, &before);
-    if (!run.Armed()) {
-      outputs.insert(outputs.begin(), after);
-    } else {
-      ExpectFailureLeft(c, run, before, after, outputs);
-    }
-  });
-}
-
-struct Input {
-  const char* name;
-  const char* codePage;
-  std::string text;
-};
-
-std::vector<Input> Inputs() {
+TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
   std::string bytes;  // every byte value but 0, long enough to grow twice
   for (int i = 0; i < 1500; ++i) bytes += static_cast<char>(1 + i % 255);
   std::string japanese;  // UTF-8, each 3-byte character two or more
   for (int i = 0; i < 40; ++i) {  // Shift-JIS characters when read as such
-    japanese +=
-        "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE\xE3\x83\x86\xE3\x82"
-        "\xAD\xE3\x82\xB9\xE3\x83\x88\xE3\x80\x81 ";
+    japanese += "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE\xE3\x83\x86"
+                "\xE3\x82\xAD\xE3\x82\xB9\xE3\x83\x88\xE3\x80\x81 ";
   }
-  return {{"empty", "windows-1252", ""},
-          {"short", "windows-1252", "a b&c"},
-          {"long", "windows-1252", bytes},
-          {"multibyte", "shift_jis", japanese}};
-}
-
-TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
-  const vesk_test::SweepTotals start = vesk_test::Totals();
+  const std::pair<const char*, std::string> kInputs[] = {
+      {"windows-1252", ""}, {"windows-1252", "a b&c"},
+      {"windows-1252", bytes}, {"shift_jis", japanese}};
   const std::vector<Case> cases = Cases();
-  const std::vector<Input> inputs = Inputs();
-  for (const Input& input : inputs) {
-    vesk_test::ScopedCodePage page(input.codePage);
+  unsigned long faults = 0, leaks = 0;
+  for (const auto& [codePage, in] : kInputs) {
+    vesk_test::ScopedCodePage page(codePage);
     for (const Case& c : cases) {
-      SCOPED_TRACE(testing::Message() << c.name << " on " << input.name);
-      Sweep(c, input.text);
+      Seen before;
+      const Faulted counting;
+      std::vector<Seen> outputs{c.run(in, counting, &before)};
+      if (c.fallback) outputs.push_back(c.fallback(in, Faulted(), &before));
+      for (unsigned long k = 0; k < counting.requests; ++k) {
+        for (HeapFault fault :
+             {HeapFault::kReturnNull, HeapFault::kThrowBadAlloc}) {
+          for (bool persistent : {false, true}) {
+            SCOPED_TRACE(testing::Message()
+                         << c.name << " on " << in.size() << " bytes, request "
+                         << k + 1 << " of " << counting.requests
+                         << (fault == HeapFault::kReturnNull ? ", null"
+                                                             : ", throw")
+                         << (persistent ? " from then on" : " once"));
+            const unsigned long live = Pelgc::GetHeapStats().live;
+            const Faulted run{true, k, fault, persistent};
+            ExpectFailureLeft(c, run, before, c.run(in, run, &before),
+                              outputs);
+            ++faults;
+            if (Pelgc::GetHeapStats().live != live) {
+              ++leaks;
+              ADD_FAILURE() << "left a block live";
+            }
+          }
+        }
+      }
     }
   }
-  const vesk_test::SweepTotals& end = vesk_test::Totals();
-  std::printf(
-      "fault sweep: %zu operations swept on %zu inputs, %lu faults "
-      "injected, %lu leaks found\n",
-      cases.size(), inputs.size(), end.faults - start.faults,
-      end.leaks - start.leaks);
+  std::printf("fault sweep: %zu operations swept on %zu inputs, %lu faults "
+              "injected, %lu leaks found\n",
+              cases.size(), std::size(kInputs), faults, leaks);
 }
 
 }  // namespace

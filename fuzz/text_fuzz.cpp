@@ -1,0 +1,323 @@
+// The module against oracles that do not restate it, on inputs of three
+// kinds chosen by the input's last byte:
+//   0  one VeskString through a sequence of assignments, appends and
+//      slices, against a std::string holding its text and the growth
+//      rule's closed form for its capacity and its heap requests;
+//   1  the free functions over C text against the C library in the C
+//      locale, every text in a block that ends where a reader must stop;
+//   2  every encoder against the table of the bytes its rule keeps, and a
+//      decoder where its output is unambiguous.
+#include <fuzzer/FuzzedDataProvider.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
+#include "host/text_services.h"
+#include "tests/kept_sets.h"
+
+
+// A failed check is a crash to libFuzzer and a failure to the replay.
+[[noreturn]] static void Fail(const char* what, int line) {
+  std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, line, what);
+  std::abort();
+}
+#define VESK_CHECK(condition) \
+  ((condition) ? void() : Fail(#condition, __LINE__))
+
+#include "tests/ctext_oracle.h"
+
+namespace {
+
+using Units = std::basic_string<unsigned short>;
+
+// The first `n` units of `text`, or all and the terminator when `n`
+// reaches past them, in a block of just that size.
+template <class Unit>
+std::unique_ptr<Unit[]> Exact(const std::basic_string<Unit>& text,
+                              unsigned long n = ULONG_MAX) {
+  const unsigned long count = std::min<unsigned long>(n, text.size() + 1);
+  std::unique_ptr<Unit[]> copy(new Unit[count]);
+  std::copy(text.c_str(), text.c_str() + count, copy.get());
+  return copy;
+}
+
+// A heap text's bytes up to its NUL; the text is released.
+std::string Take(char* text) {
+  VESK_CHECK(text != nullptr);
+  std::string bytes = text;
+  Pelgc::SystemDelete(text);
+  return bytes;
+}
+
+// Reads the bytes that once chose a heap fault, so that the seed inputs
+// keep their meaning. Heap failures are the fault sweep's business.
+void SkipFaultPlan(FuzzedDataProvider& in) {
+  if (in.ConsumeIntegral<unsigned char>() >= 192) in.ConsumeIntegral<char>();
+}
+
+void PickCodePage(FuzzedDataProvider& in) {
+  SetHostCodePage(in.PickValueInArray(
+      {"windows-1252", "shift_jis", "gbk", "big5", "euc-kr", "utf-8"}));
+}
+
+// ---- 0: a string and its mirror ----
+
+enum class State { kZeroed, kShared, kOwn };
+
+struct Mirror {
+  State state = State::kZeroed;
+  std::string text;
+  int capacity = 0;
+
+  // Appends `bytes` by AppendChar, or by one AppendString.
+  void Append(const std::string& bytes, bool asOne) {
+    for (std::size_t i = 0; i < bytes.size() || (asOne && i == 0); ++i) {
+      const int required = int(text.size() + (asOne ? bytes.size() + 1 : 1));
+      if (state != State::kOwn || required >= capacity) {
+        const int c = state == State::kShared ? 1 : capacity;
+        capacity = (c > 1023 ? c / 2 : 256) + required;
+        state = State::kOwn;
+      }
+      text += asOne ? bytes : bytes.substr(i, 1);
+      if (asOne) break;
+    }
+  }
+  // An empty text is the shared one; a new buffer has just the room.
+  void Set(const std::string& bytes) {
+    if (bytes.empty() || state != State::kOwn ||
+        int(bytes.size()) >= capacity) {
+      capacity = int(bytes.size()) + 1;
+    }
+    state = bytes.empty() ? State::kShared : State::kOwn;
+    text = bytes;
+  }
+};
+
+void ExpectSame(const VeskString& s, const Mirror& m) {
+  static const VeskString empty("");
+  const State state = s.Text() == nullptr        ? State::kZeroed
+                      : s.Text() == empty.Text() ? State::kShared
+                                                 : State::kOwn;
+  VESK_CHECK(state == m.state && s.Length() == int(m.text.size()));
+  VESK_CHECK(s.Capacity() == m.capacity);
+  VESK_CHECK(state == State::kZeroed ||
+        std::memcmp(s.Text(), m.text.c_str(), m.text.size() + 1) == 0);
+}
+
+// One operation on `s` and `m`; `s` may be made anew.
+void Step(FuzzedDataProvider& in, std::optional<VeskString>& string,
+          Mirror& m) {
+  const int op = in.ConsumeIntegralInRange(0, 24);
+  SkipFaultPlan(in);
+  VeskString& s = *string;
+  const std::string text =
+      op <= 9 || op >= 21 ? in.ConsumeRandomLengthString(1200) : "";
+  const char* t = in.ConsumeIntegralInRange(0, 15) ? text.c_str() : nullptr;
+  const std::string c = t ? t : "";  // what C text reads
+  const int length = int(m.text.size());
+  if (op == 0 || op == 1) {  // op 1: a source inside the string's own text
+    if (op == 1 && m.state == State::kZeroed) return;
+    const int at = op ? in.ConsumeIntegralInRange(0, length) : 0;
+    const int n = op ? in.ConsumeIntegralInRange(-1, length)
+                     : in.ConsumeIntegralInRange(-8, 1400);
+    const std::string from = op ? m.text.c_str() + at : c;
+    s.Set(op ? s.Text() + at : t, n);
+    m.Set(n > 0 ? from.substr(0, n) : n == 0 ? "" : from);
+  } else if (op == 2) {
+    s = t;
+    m.Set(c);
+  } else if (op == 3) {  // from another string, zeroed or not, or itself
+    const int how = in.ConsumeIntegralInRange(0, 4);
+    VeskString other;
+    const VeskString& same = s;
+    if (how > 0) other = text.c_str();
+    if (how == 1 || how == 3) s = how == 1 ? other : same;
+    if (how == 0 || how == 2 || how == 4) s.Copy(how == 4 ? same : other);
+    if (how == 0) m = Mirror();
+    if (how == 1 || how == 2) m.Set(text.c_str());
+  } else if (op == 4) {
+    const int capacity = in.ConsumeIntegralInRange(-2, 1100);
+    string.reset();
+    m = capacity > 0 ? Mirror{State::kOwn, "", capacity} : Mirror();
+    try {
+      string.emplace(capacity);
+    } catch (const Pelgc::ObjectTooLargeError&) {
+      VESK_CHECK(capacity < 0);
+      string.emplace();
+    }
+  } else if (op == 5) {
+    in.ConsumeBool() ? s.SecureClear() : s.Clear();
+    m = Mirror();
+  } else if (op == 6) {
+    const char ch = in.ConsumeIntegral<char>();
+    s.AppendChar(ch);
+    m.Append(std::string(1, ch), false);
+  } else if (op == 7 || op == 8) {
+    const int n = op == 7 ? -1 : in.ConsumeIntegralInRange(0, 1400);
+    n < 0 ? s.AppendString(t) : s.AppendString(t, n);
+    if (t) m.Append(n < 0 ? c : c.substr(0, n), true);
+  } else if (op == 11) {
+    const unsigned n = in.ConsumeBool() ? in.ConsumeIntegral<unsigned>()
+                                        : in.ConsumeIntegralInRange(0, 300);
+    s.Truncate(n);
+    if (n < m.text.size()) m.text.resize(n);
+  } else if (op == 14) {
+    const int start = in.ConsumeIntegralInRange(-2, length + 1);
+    const int end = in.ConsumeIntegralInRange(-3, length + 1);
+    const int last = end == -1 ? length - 1 : end;
+    Mirror want;
+    if (start >= 0 && start < length && last >= start && last < length) {
+      want.Set(m.text.substr(start, last - start + 1).c_str());
+    }
+    ExpectSame(s.SubString(start, end), want);
+  }
+}
+
+void Strings(FuzzedDataProvider& in) {
+  PickCodePage(in);
+  std::optional<VeskString> s(std::in_place);
+  Mirror m;
+  for (int steps = 0; in.remaining_bytes() > 0 && steps < 200; ++steps) {
+    const unsigned long requests = Pelgc::GetHeapStats().requests;
+    const int capacity = s->Capacity();
+    Step(in, s, m);
+    ExpectSame(*s, m);
+    if (s->Capacity() != capacity && m.state == State::kOwn) {
+      VESK_CHECK(Pelgc::GetHeapStats().requests > requests &&
+            Pelgc::GetHeapStats().lastSize == unsigned(m.capacity));
+    }
+  }
+}
+
+// ---- 1: C text ----
+
+// A heap text: its bytes, a NUL, and a last request of exactly that size.
+void ExpectHeapText(char* text, const std::string& bytes) {
+  VESK_CHECK(Pelgc::GetHeapStats().lastSize == bytes.size() + 1);
+  VESK_CHECK(std::memcmp(text, bytes.c_str(), bytes.size() + 1) == 0);
+  Pelgc::SystemDelete(text);
+}
+
+void CText(FuzzedDataProvider& in) {
+  const std::string a = in.ConsumeRandomLengthString(200);
+  const std::string b = in.ConsumeRandomLengthString(200);
+  const int c = in.ConsumeIntegralInRange(-300, 300);
+  const unsigned long n = in.ConsumeIntegralInRange(0, 220);
+  const auto high = in.ConsumeIntegral<unsigned long>();
+  const bool nullB = in.ConsumeIntegralInRange(0, 7) == 0;
+  const auto textA = Exact(a), textB = Exact(b);
+  vesk_test::CheckSearches(textA.get(), textB.get(), c, nullB);
+  const auto countedA = Exact(a, n), countedB = Exact(b, n);
+  VESK_CHECK(VeskStrNICmp(countedA.get(), countedB.get(), n) ==
+        vesk_test::FoldedDifference(countedA.get(), countedB.get(), n));
+  Units units;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    units += static_cast<unsigned short>(
+        static_cast<unsigned char>(a[i]) | ((high >> (i % 64)) & 1) << 8);
+  }
+  vesk_test::CheckStrips(textA.get(), Exact(units).get(),
+                         nullB ? nullptr : textB.get());
+  vesk_test::CheckHexDigits(textA.get());
+  in.ConsumeIntegralInRange(0, 7);
+  in.ConsumeIntegral<unsigned char>();
+  const unsigned long readable = std::min<unsigned long>(n, a.size());
+  const auto value = in.ConsumeIntegral<unsigned long long>();
+  ExpectHeapText(CreateStr(textA.get()), textA.get());
+  ExpectHeapText(ConcatStr(textA.get(), textB.get()),
+                 std::string(textA.get()) + textB.get());
+  ExpectHeapText(CreateStr(Exact(a, readable).get(), readable),
+                 a.substr(0, readable));
+  char* digits = U64ToChar(value);
+  VESK_CHECK(Pelgc::GetHeapStats().lastSize == 21);
+  VESK_CHECK(Take(digits) == std::to_string(value));
+}
+
+// ---- 2: the encoders ----
+
+// The text that an encoder escapes: converted to the code page when asked
+// and the host can, else as it is.
+std::string Source(const std::string& text, bool convert) {
+  char* converted = convert ? CreateMBCSFromUTF8(text.c_str(), true) : nullptr;
+  return converted != nullptr ? Take(converted) : text;
+}
+
+// In a single-byte code page the output is each byte of its source, kept
+// or escaped by the table. In others, where multibyte characters are
+// escaped whole, decoding the output gives the source back when that is
+// unambiguous, and each byte left as it is is one the rule keeps.
+void Check(const std::string& out, const std::string& source,
+           vesk_test::Rule rule, bool plus = false) {
+  if (std::strcmp(HostCodePage(), "windows-1252") == 0) {
+    VESK_CHECK(out == vesk_test::Encoded(source, rule, plus));
+    return;
+  }
+  if (vesk_test::Kept(rule)['%'] && source.find('%') != std::string::npos) {
+    return;
+  }
+  std::string decoded;
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const unsigned char c = out[i];
+    if (c == '%') {
+      const std::string hex = out.substr(i + 1, 2);
+      VESK_CHECK(hex.size() == 2 && std::isxdigit(hex[0]) &&
+            std::isxdigit(hex[1]) && !std::islower(hex[0]) &&
+            !std::islower(hex[1]));
+      decoded += static_cast<char>(std::strtol(hex.c_str(), nullptr, 16));
+      i += 2;
+    } else {
+      VESK_CHECK(vesk_test::Kept(rule)[c] || (plus && c == '+'));
+      decoded += plus && c == '+' ? ' ' : static_cast<char>(c);
+    }
+  }
+  VESK_CHECK(decoded == source);
+}
+
+std::string Bytes(const VeskString& s) {
+  return s.Text() != nullptr ? std::string(s.Text(), s.Length()) : "";
+}
+
+void Encoders(FuzzedDataProvider& in) {
+  PickCodePage(in);
+  const int version = in.ConsumeIntegralInRange(4, 7);
+  const bool plus = in.ConsumeBool();
+  const bool convert = in.ConsumeBool();
+  const std::string text = in.ConsumeRemainingBytesAsString().c_str();
+  VeskString form, high;
+  form.EncodeString(text.c_str(), version, plus, convert);
+  Check(Bytes(form), Source(text, version >= 6 && convert), vesk_test::kForm,
+        plus);
+  high.EncodeStringHighAscii(text.c_str(), version);
+  Check(Bytes(high), Source(text, version >= 6), vesk_test::kHighAscii);
+  const VeskString source(text.c_str());
+  if (text.empty()) {
+    VESK_CHECK(source.CreateEscapedCStr(true) == nullptr);
+    return;
+  }
+  Check(Take(source.CreateEscapedCStr(true)), text, vesk_test::kStrict);
+  Check(Take(source.CreateEscapedCStr(false)), text, vesk_test::kLenient);
+  Check(Take(source.CreateUpper128ASCIIEscapedCStr()), text,
+        vesk_test::kUpper128);
+  Check(Take(source.CreateEncodedUrl()), text, vesk_test::kUrl);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data,
+                                      std::size_t size) {
+  FuzzedDataProvider in(data, size);
+  const unsigned long live = Pelgc::GetHeapStats().live;
+  const int kind = in.ConsumeIntegralInRange(0, 2);
+  kind == 0 ? Strings(in) : kind == 1 ? CText(in) : Encoders(in);
+  VESK_CHECK(Pelgc::GetHeapStats().live == live);
+  return 0;
+}

@@ -1,0 +1,218 @@
+// The free functions over C text, each on texts that end at an unreadable
+// page: against the C library at the block and step edges of their scans,
+// and at the edges that their documentation names.
+#include <climits>
+#include <clocale>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "host/vm_string.h"
+#include "support.h"
+
+#define VESK_CHECK(condition) EXPECT_TRUE(condition) << #condition
+#include "ctext_oracle.h"
+
+namespace {
+
+using namespace std::string_literals;
+using vesk_test::Guarded16;
+using vesk_test::Guarded8;
+
+constexpr const char* kNullText = nullptr;
+
+// Every function on a text, a second one and a byte, all at page edges.
+void CheckAll(const std::string& a, const std::string& b, int c) {
+  const Guarded8 ga(a), gb(b);
+  Guarded16::Units units;
+  for (char ch : a) units += static_cast<unsigned char>(ch);
+  const Guarded16 wide(units);
+  vesk_test::CheckSearches(ga.get(), gb.get(), c, false);
+  vesk_test::CheckStrips(ga.get(), wide.get(), gb.get());
+  vesk_test::CheckHexDigits(ga.get());
+  for (std::size_t n : {b.size(), b.size() + 1}) {
+    const auto ca = Guarded8::Counted(a, n), cb = Guarded8::Counted(b, n);
+    EXPECT_EQ(VeskStrNICmp(ca.get(), cb.get(), n),
+              vesk_test::FoldedDifference(a.c_str(), b.c_str(), n))
+        << a << " " << b << n;
+  }
+}
+
+// Texts alike but for case up to one planted difference: bytes that differ
+// only in the case bit yet are not letters, bytes from 0x80 up, or one text
+// ending there. Lengths and places straddle the block widths and the first
+// measured step.
+TEST(CTextTest, ComparisonsAcrossBlockEdges) {
+  const std::pair<char, char> kDifferences[] = {
+      {'@', '`'}, {'[', '{'}, {'\xC1', '\xE1'}, {'z', 0}};
+  for (std::size_t length : {1, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 128,
+                             129, 255, 256, 257, 300}) {
+    std::string a, b;
+    for (std::size_t i = 0; i < length; ++i) {
+      a += "aZ5/mQ?x"[i % 8];
+      b += "Az5/Mq?X"[i % 8];
+    }
+    for (std::size_t at = 0; at < length; ++at) {
+      if (at % 16 > 1 && at % 16 < 15 && length - at > 33) continue;
+      for (const auto& [x, y] : kDifferences) {
+        std::string p = a, q = b;
+        p[at] = x;
+        q[at] = y;
+        q.resize(y == 0 ? at : length);
+        CheckAll(p, q, x);
+        CheckAll(q, p, y);
+      }
+    }
+  }
+}
+
+// Texts whose lengths straddle the block widths and the first measured
+// step, with needles of every comparison width and one long enough that
+// near misses hand over to the two-way scan; a needle is planted at the
+// last place it fits.
+TEST(CTextTest, SearchesAcrossBlockEdges) {
+  const std::string kNeedles[] = {
+      "q", "qZ", "qzq", "qzzq", "qQzqzzq", std::string(15, 'q') + "z",
+      "z" + std::string(40, 'q'), std::string(299, 'q') + "Z"};
+  std::uint32_t seed = 7;
+  for (std::size_t length : {0, 1, 15, 16, 17, 31, 32, 33, 47, 48, 63, 64, 65,
+                             255, 256, 257, 287, 300, 511, 512, 513, 600,
+                             1100}) {
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i) {
+      seed = seed * 1103515245u + 12345u;
+      text += "qqqqqQzz"[seed >> 16 & 7];
+    }
+    for (const std::string& needle : kNeedles) {
+      std::string planted = text;
+      if (needle.size() <= text.size()) {
+        planted.replace(text.size() - needle.size(), needle.size(), needle);
+      }
+      CheckAll(text, needle, 'Z');
+      CheckAll(planted, needle, 'Q');
+    }
+  }
+}
+
+// Rows: a text and a second text, as needle and as prefix.
+TEST(CTextTest, DocumentedEdges) {
+  const std::pair<std::string, std::string> kRows[] = {
+      {"FILE:x", "file:"}, {"abc", ""}, {"ab", "abc"}, {"", "a"}, {"[x", "{"},
+      {"@x", "`"}, {"\xC9", "\xE9"}, {"\xE9x", "\xE9"}, {"abc", "AB"},
+      {" \t//x", "/"}, {"///x", "x"}, {"a\xE9" "b\xE9", "\xE9"},
+      {"0123456789abcdefABCDEF:/@G`g", "g"}};
+  for (const auto& [a, b] : kRows) {
+    for (int c : {98, 0, -23, 233, 300, 120 - 256}) CheckAll(a, b, c);
+  }
+  // 16-bit units above 0xFF match no prefix byte; a null text or prefix,
+  // or haystack with a null or empty needle, as documented.
+  const Guarded16 high(Guarded16::Units{'a', 0x141, 'c'});
+  EXPECT_EQ(StripPrefix(high.get(), "aA"), nullptr);
+  const unsigned short* none16 = nullptr;
+  for (const char* s : {kNullText, "", "a"}) {
+    EXPECT_FALSE(StrEqual(kNullText, s) || VarStrEqual(kNullText, s, false));
+    EXPECT_FALSE(VarStrEqual(s, kNullText, true));
+    EXPECT_EQ(StripPrefix(kNullText, s), nullptr);
+    EXPECT_EQ(StripPrefix(none16, s), nullptr);
+    EXPECT_EQ(StripScheme(kNullText, s), nullptr);
+  }
+  EXPECT_EQ(StripWhitespace(kNullText), StripAtMostTwoSlashes(kNullText));
+  const auto unreadable = Guarded8::Counted("abc", 0);
+  for (const char* needle : {kNullText, ""}) {
+    EXPECT_EQ(VeskStrStr(unreadable.get(), needle), unreadable.get());
+    EXPECT_EQ(VeskStrCaseStr(unreadable.get(), needle), unreadable.get());
+    EXPECT_EQ(VeskStrStrIndex(unreadable.get(), needle), 0);
+    EXPECT_EQ(VeskStrStrIndex(kNullText, needle), kVeskStrNotFound);
+  }
+}
+
+// Many near-misses first, so that the search changes method part-way; then
+// a window that fits but for its first byte, right before the match.
+TEST(CTextTest, MatchRightAfterANearMissInALongText) {
+  for (std::size_t pairs = 40; pairs < 120; ++pairs) {
+    std::string text;
+    for (std::size_t i = 0; i < pairs; ++i) text += "ab";
+    const long at = static_cast<long>(text.size()) + 10;
+    Guarded8 h(text + "baaaaaaaab" + "aaaaaaaaab");
+    EXPECT_EQ(VeskStrStr(h.get(), "aaaaaaaaab"), h.get() + at) << pairs;
+    EXPECT_EQ(VeskStrCaseStr(h.get(), "AAAAAAAAAB"), h.get() + at) << pairs;
+  }
+}
+
+// Every byte before an 'x': only the six C-locale blanks are stepped over,
+// in any locale the process sets.
+TEST(CTextTest, WhitespaceIgnoresTheProcessLocale) {
+  const std::string saved = std::setlocale(LC_ALL, nullptr);
+  int locales = 0;
+  for (const char* name : {"en_US.ISO-8859-1", "C.UTF-8", "C.utf8"}) {
+    if (std::setlocale(LC_ALL, name) == nullptr) continue;
+    ++locales;
+    for (int byte = 1; byte < 256; ++byte) {
+      const char c = static_cast<char>(byte);
+      const Guarded8 text(std::string{c, 'x'});
+      const bool blank = std::strchr("\t\n\v\f\r ", c) != nullptr;
+      EXPECT_EQ(StripWhitespace(text.get()), text.get() + blank)
+          << byte << name;
+    }
+  }
+  std::setlocale(LC_ALL, saved.c_str());
+  if (locales == 0) GTEST_SKIP() << "no locale but C can be set";
+}
+
+// Rows: a text, a count, and the value of the counted readers within it
+// and, for counts past the text, of every reader.
+TEST(CTextTest, NumberReaders) {
+  const struct {
+    const char* text;
+    unsigned long n;
+    long long value;
+  } kRows[] = {
+      {"123x", 10, 123}, {"-45", 10, -45}, {"+5", 10, 0},   {" 5", 10, 0},
+      {"-", 10, 0},      {"12345", 3, 123}, {"-12", 1, 0},  {"-12", 2, -1},
+      {"99", 0, 0},      {"4294967296", 20, 4294967296},  // an int wraps to 0
+      {"18446744073709551617", 30, 1}};                    // wraps in 64 bits
+  for (const auto& row : kRows) {
+    const auto counted = Guarded8::Counted(row.text, row.n);
+    EXPECT_EQ(ToInt64(counted.get(), row.n), row.value) << row.text << row.n;
+    EXPECT_EQ(ToInt(counted.get(), row.n), int(row.value)) << row.text << row.n;
+    if (row.n < 10) continue;
+    const Guarded8 text(row.text);
+    EXPECT_EQ(ToInt64(text.get()), row.value) << row.text;
+    EXPECT_EQ(ToInt(text.get()), int(row.value)) << row.text;
+    EXPECT_EQ(ToUInt64(text.get()), row.text[0] == '-' ? 0 : row.value);
+  }
+  EXPECT_EQ(ToInt(kNullText), 0);
+  // Units whose low byte is a digit or the sign are neither.
+  EXPECT_EQ(ToInt(Guarded16(Guarded16::Units{'1', 0x130, 0x12D}).get()), 1);
+}
+
+// A script string's text is a block of just its size; nothing is asked
+// of the heap for a null or too large a text.
+TEST(CTextTest, HeapTexts) {
+  marlo::String empty(""), vm("h\xC3\xA9llo \xF0\x9F\x98\x80");
+  for (marlo::String* s : {static_cast<marlo::String*>(nullptr), &empty, &vm}) {
+    const std::string bytes = s == &vm ? "h\xC3\xA9llo \xF0\x9F\x98\x80" : "";
+    EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(s)), bytes);
+    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, bytes.size() + 1);
+  }
+  EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(5UL)), "");
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 6u);
+  const auto unreadable = Guarded8::Counted("x", 0);
+  const unsigned long requests = Pelgc::GetHeapStats().requests;
+  EXPECT_EQ(CreateStr(kNullText), nullptr);
+  EXPECT_EQ(CreateStr(kNullText, 5), nullptr);
+  EXPECT_EQ(ConcatStr(kNullText, unreadable.get()), nullptr);
+  EXPECT_EQ(ConcatStr(unreadable.get(), kNullText), nullptr);
+  EXPECT_EQ(CreateStr(ULONG_MAX), nullptr);  // n + 1 wraps to 0
+  EXPECT_EQ(CreateStr(unreadable.get(), ULONG_MAX), nullptr);
+  EXPECT_THROW(CreateStr(4294967294UL), Pelgc::ObjectTooLargeError);
+  EXPECT_THROW(CreateStr(unreadable.get(), 4294967294UL),
+               Pelgc::ObjectTooLargeError);
+  EXPECT_EQ(Pelgc::GetHeapStats().requests, requests);
+  // The largest count that is passed on; the heap's null comes back.
+  Pelgc::InjectHeapFault(0, Pelgc::HeapFault::kReturnNull, false);
+  EXPECT_EQ(CreateStr(4294967293UL), nullptr);
+  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 4294967294UL);
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+// Form encoding, the escaped heap copies and a script object's variables
+// appended as a query.
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/object_model.h"
+#include "kept_sets.h"
+#include "support.h"
+
+namespace {
+
+using vesk_test::Bytes;
+using vesk_test::Rule;
+using vesk_test::ScopedCodePage;
+
+// Each rule's output for a text, in a single-byte code page.
+std::string Encode(Rule rule, const std::string& text) {
+  VeskString s(text.c_str()), out;
+  if (rule == vesk_test::kForm) out.EncodeString(text.c_str(), 5, false, false);
+  if (rule == vesk_test::kHighAscii) out.EncodeStringHighAscii(text.c_str(), 5);
+  if (rule <= vesk_test::kHighAscii) return Bytes(out);
+  return vesk_test::TakeHeapText(
+      rule == vesk_test::kStrict     ? s.CreateEscapedCStr(true)
+      : rule == vesk_test::kLenient  ? s.CreateEscapedCStr(false)
+      : rule == vesk_test::kUpper128 ? s.CreateUpper128ASCIIEscapedCStr()
+                                     : s.CreateEncodedUrl());
+}
+
+// Each byte value alone, and after runs of kept bytes long enough for the
+// 16- and 32-byte steps, at changing offsets within them.
+TEST(EncodeTest, EveryRuleKeepsExactlyItsBytes) {
+  for (int rule = 0; rule < vesk_test::kRules; ++rule) {
+    for (int b = 1; b < 256; ++b) {
+      const std::string byte(1, static_cast<char>(b));
+      EXPECT_EQ(Encode(Rule(rule), byte), vesk_test::Encoded(byte, Rule(rule)))
+          << rule << " " << b;
+    }
+    for (int shift : {0, 9, 18, 27}) {
+      std::string text;
+      for (int b = 1; b < 256; ++b) {
+        text += std::string(size_t(40 + (b + shift) % 32), 'a') + char(b);
+      }
+      EXPECT_EQ(Encode(Rule(rule), text), vesk_test::Encoded(text, Rule(rule)))
+          << rule << " " << shift;
+    }
+  }
+}
+
+TEST(EncodeTest, SpacesNullTextsAndMultibyteCharacters) {
+  VeskString s("a=");
+  s.EncodeString("b c", 5, true, false);
+  s.EncodeString(nullptr, 6, true, true);
+  s.EncodeStringHighAscii(nullptr, 6);
+  EXPECT_EQ(Bytes(s), "a=b+c");
+  // Appended to buffers filled to each level: a character that may not fit
+  // goes by itself, and the next one by its own rule.
+  for (int length = 0; length < 10; ++length) {
+    VeskString t(10);
+    t.AppendString(std::string(size_t(length), '~').c_str());
+    t.EncodeString("ab cd", 5, true, false);
+    t.EncodeStringHighAscii("ab\xE9" "cd", 5);
+    EXPECT_EQ(Bytes(t), std::string(size_t(length), '~') + "ab+cdab%E9cd");
+  }
+  EXPECT_EQ(VeskString("").CreateEncodedUrl(), nullptr);
+  ScopedCodePage page("shift_jis");
+  for (Rule rule : {vesk_test::kStrict, vesk_test::kLenient,
+                    vesk_test::kUpper128, vesk_test::kUrl}) {
+    EXPECT_EQ(Encode(rule, "ab\x83\x5C" "c"), "ab%83%5Cc");
+    EXPECT_EQ(Encode(rule, "\x83"), "%83");  // cut short by the NUL
+    const std::string run(300, 'a');  // long: widths asked for all bytes
+    EXPECT_EQ(Encode(rule, run + "\x83\x5C" "c"), run + "%83%5Cc");
+  }
+}
+
+using Vars = std::vector<std::pair<const char*, ScriptAtom>>;
+
+std::string EncodeVariables(const char* text, const Vars& vars,
+                            bool noQuestionMark, bool convert = false,
+                            int version = 6) {
+  auto object = ScriptObject::Create();
+  for (const auto& [name, value] : vars) object->SetVariable(name, value);
+  CorePlayer player;
+  player.convertToCodePage = convert;
+  VeskString s;
+  if (text != nullptr) s.AppendString(text);
+  s.EncodeVariables(&player, object, version, noQuestionMark);
+  return Bytes(s);
+}
+
+ScriptAtom Str(const char* text) { return ScriptAtom::FromString(text); }
+ScriptAtom Num(double value) { return ScriptAtom::FromNumber(value); }
+
+TEST(EncodeTest, VariablesFollowTheCurrentText) {
+  const Vars xy = {{"x", Num(1)}, {"y", Num(2)}};
+  const struct {
+    const char* text;
+    bool noQuestionMark;
+    Vars vars;
+    std::string expected;
+  } kRows[] = {
+      {nullptr, false, xy, "?x=1&y=2"},
+      {"", true, xy, "x=1&y=2"},
+      {"/a/b", false, xy, "/a/b?x=1&y=2"},
+      {"/a/b?", false, {{"x", Num(1)}}, "/a/b?&x=1"},
+      {"/a=b", false, {{"x", Num(1)}}, "/a=b&x=1"},
+      {"/p&q", true, xy, "/p&q&x=1&y=2"},
+      {"/a/b", false, {{"x", Str("two words")}, {"y", Str("a&b")}},
+       "/a/b?x=two+words&y=a%26b"},
+      {"/", false, {}, "/"},
+      {"/", false, {{"", Num(1)}, {"x", Str("")}}, "/?=1&x="},
+      {"/",
+       false,
+       {{"t", ScriptAtom::FromBool(true)},
+        {"n", ScriptAtom::Null()},
+        {"u", ScriptAtom::Undefined()}},
+       "/?t=true&n=null&u=undefined"},
+      {"/", false, {{"a", Num(1)}, {"b", Num(2)}, {"a", Str("x y")}},
+       "/?a=x+y&b=2"},  // set again: replaced in place
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(EncodeVariables(row.text, row.vars, row.noQuestionMark),
+              row.expected);
+  }
+  ScopedCodePage page("windows-1252");
+  const Vars accented = {{"\xC3\xA9", Str("\xC3\xA9")}};
+  EXPECT_EQ(EncodeVariables("", accented, true), "%C3%A9=%C3%A9");
+  EXPECT_EQ(EncodeVariables("", accented, true, true), "%E9=%E9");
+  EXPECT_EQ(EncodeVariables("", accented, true, true, 5), "%C3%A9=%C3%A9");
+}
+
+TEST(EncodeTest, LeftOutVariablesUseNoSeparator) {
+  auto object = ScriptObject::Create();
+  object->SetVariable("$v", Num(1));
+  object->SetVariable("hidden", Num(2), 0x0001);
+  object->SetVariable("a$b", Num(3));
+  object->SetVariable("shown", Num(4), 0x0002);
+  object->SetVariable("x", Num(5));
+  CorePlayer player;
+  VeskString s("/");
+  s.EncodeVariables(&player, object, 6, false);
+  EXPECT_EQ(Bytes(s), "/?a%24b=3&shown=4&x=5");
+  // Names or values the host cannot give: request 0 is x's name, request
+  // 1 its value; either way x is left out and y comes first, with '?'.
+  auto xy = ScriptObject::Create();
+  xy->SetVariable("x", Num(1));
+  xy->SetVariable("y", Num(2));
+  for (unsigned long failing : {0ul, 1ul}) {
+    VeskString t;
+    Pelgc::InjectHeapFault(failing, Pelgc::HeapFault::kReturnNull, false);
+    t.EncodeVariables(&player, xy, 6, false);
+    Pelgc::ClearHeapFault();
+    EXPECT_EQ(Bytes(t), "?y=2") << failing;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,52 @@
+// The bytes that each escaping rule keeps as they are, as 256-entry tables,
+// and the output a rule gives for text of single-byte characters: each
+// byte as it is when kept, else '%' and two upper-case hex digits.
+#ifndef VESK_TESTS_KEPT_SETS_H
+#define VESK_TESTS_KEPT_SETS_H
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace vesk_test {
+
+enum Rule { kForm, kHighAscii, kStrict, kLenient, kUpper128, kUrl, kRules };
+using Table = std::array<bool, 256>;
+
+inline const Table& Kept(Rule rule) {
+  static const std::array<Table, kRules> tables = [] {
+    const char* alnum =
+        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    const auto in = [](const char* set, int b) {
+      return std::strchr(set, b) != nullptr;
+    };
+    std::array<Table, kRules> t{};
+    for (int b = 1; b < 256; ++b) {
+      t[kForm][b] = in(alnum, b);
+      t[kHighAscii][b] = t[kUpper128][b] = b < 0x80;
+      t[kStrict][b] = in(alnum, b) || in("-.", b);
+      t[kLenient][b] = true;
+      t[kUrl][b] = in(alnum, b) || in("!\"#$%&'()*+,-./:;=?@[]_~", b);
+    }
+    return t;
+  }();
+  return tables[rule];
+}
+
+// `plus`: the form encoding's space as '+'.
+inline std::string Encoded(const std::string& text, Rule rule,
+                           bool plus = false) {
+  std::string out;
+  for (char c : text) {
+    char escape[4];
+    std::snprintf(escape, sizeof escape, "%%%02X", c & 0xFF);
+    const bool kept = Kept(rule)[c & 0xFF];
+    out += plus && c == ' ' ? "+" : kept ? std::string(1, c) : escape;
+  }
+  return out;
+}
+
+}  // namespace vesk_test
+
+#endif  // VESK_TESTS_KEPT_SETS_H

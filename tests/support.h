@@ -1,0 +1,125 @@
+// Shared helpers of the unit tests.
+#ifndef VESK_TESTS_SUPPORT_H
+#define VESK_TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
+#include "host/text_services.h"
+
+namespace vesk_test {
+
+// The string's bytes up to Length(), embedded NULs included.
+inline std::string Bytes(const VeskString& s) {
+  return s.Text() == nullptr ? std::string()
+                             : std::string(s.Text(), size_t(s.Length()));
+}
+
+// Appends `bytes` one by one, NULs included.
+inline void Put(VeskString& s, const std::string& bytes) {
+  for (char c : bytes) s.AppendChar(c);
+}
+
+// The bytes of a heap text up to its NUL, which it releases; "(null)" for
+// none.
+inline std::string TakeHeapText(char* text) {
+  if (text == nullptr) return "(null)";
+  std::string bytes(text);
+  Pelgc::SystemDelete(text);
+  return bytes;
+}
+
+// The address every string in the shared-empty state points at.
+inline const char* SharedEmpty() {
+  static const VeskString empty("");
+  return empty.Text();
+}
+
+enum class State { kZeroed, kSharedEmpty, kOwn };
+inline State StateOf(const VeskString& s) {
+  if (s.Text() == nullptr) return State::kZeroed;
+  return s.Text() == SharedEmpty() ? State::kSharedEmpty : State::kOwn;
+}
+
+// The state, the text and the capacity, with the invariants of the state.
+inline void ExpectString(const VeskString& s, State state,
+                         const std::string& bytes, int capacity,
+                         const std::string& what) {
+  EXPECT_EQ(StateOf(s), state) << what;
+  EXPECT_EQ(Bytes(s), bytes) << what;
+  EXPECT_EQ(s.Length(), static_cast<int>(bytes.size())) << what;
+  EXPECT_EQ(s.Capacity(), capacity) << what;
+  if (s.Text() != nullptr) {
+    EXPECT_EQ(s.Text()[s.Length()], '\0') << what;
+  }
+}
+
+// Sets the host code page for its scope.
+class ScopedCodePage {
+ public:
+  explicit ScopedCodePage(const char* name) : m_previous(HostCodePage()) {
+    EXPECT_TRUE(SetHostCodePage(name)) << name;
+  }
+  ~ScopedCodePage() { SetHostCodePage(m_previous.c_str()); }
+  ScopedCodePage(const ScopedCodePage&) = delete;
+  ScopedCodePage& operator=(const ScopedCodePage&) = delete;
+
+ private:
+  std::string m_previous;
+};
+
+// A text whose last unit is the last readable one before a page that
+// faults on any access, so that a read past it crashes the test. Its own
+// page is read-only, so a write into it crashes too.
+template <typename Unit>
+class GuardedText {
+ public:
+  using Units = std::basic_string<Unit>;
+
+  // Copies `units`, and a terminator when `terminate`, to the page end.
+  explicit GuardedText(const Units& units, bool terminate = true)
+      : m_page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
+    const std::size_t count = units.size() + (terminate ? 1 : 0);
+    void* map = mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
+                     MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (map == MAP_FAILED || count * sizeof(Unit) > m_page) std::abort();
+    m_base = static_cast<char*>(map);
+    Unit* text = reinterpret_cast<Unit*>(m_base + m_page) - count;
+    std::copy(units.begin(), units.end(), text);
+    if (terminate) text[units.size()] = 0;
+    if (mprotect(m_base, m_page, PROT_READ) != 0 ||
+        mprotect(m_base + m_page, m_page, PROT_NONE) != 0) {
+      std::abort();
+    }
+    m_text = text;
+  }
+  // What a reader limited to `n` units may touch: the first `n` units, or
+  // all of them and the terminator when `n` reaches past them.
+  static GuardedText Counted(const Units& units, unsigned long n) {
+    return GuardedText(units.substr(0, n), n > units.size());
+  }
+  ~GuardedText() { munmap(m_base, 2 * m_page); }
+  GuardedText(const GuardedText&) = delete;
+  GuardedText& operator=(const GuardedText&) = delete;
+
+  const Unit* get() const { return m_text; }
+
+ private:
+  std::size_t m_page;
+  char* m_base;
+  const Unit* m_text;
+};
+using Guarded8 = GuardedText<char>;
+using Guarded16 = GuardedText<unsigned short>;
+
+
+}  // namespace vesk_test
+
+#endif  // VESK_TESTS_SUPPORT_H
