@@ -32,4 +32,9 @@ char* CreateMBCSFromUTF8(const char* utf8, bool terminate);
 // single-byte code pages and for bytes that lead no longer character.
 int PlayerBytesInChar(unsigned char lead);
 
+// Calls `observer` with every byte that PlayerBytesInChar is asked about,
+// before it answers, so that a test can see which calls a caller makes;
+// null, the default, calls nothing. One process-wide setting.
+void ObservePlayerBytesInChar(void (*observer)(unsigned char lead));
+
 #endif  // VESK_HOST_TEXT_SERVICES_H
