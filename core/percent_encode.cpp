@@ -217,94 +217,66 @@ void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
   AppendEncoded(out, p, p + std::strlen(text), codes);
 }
 
-// The widths of the characters that the text's bytes begin, asked of the
-// host before the walk, so that the walk itself makes no call and keeps
-// its state in registers: a short text asks for each of its bytes (calls
-// that do not wait on one another, unlike a walk by characters), a long
-// one once for each of the 256 values. The code page does not change in
-// the middle of an operation.
-class CharacterWidths {
- public:
-  CharacterWidths(const unsigned char* p, const unsigned char* end) {
-    if (end - p < 256) {
-      unsigned multibyte = 0;
-      for (; p < end; ++p) multibyte |= Learn(*p);
-      m_textIsSingleBytes = multibyte == 0;
-      return;
-    }
-    unsigned multibyteAscii = 0, multibyteHigh = 0;
-    for (int byte = 0; byte < 0x80; ++byte) multibyteAscii |= Learn(byte);
-    for (int byte = 0x80; byte < 0x100; ++byte) multibyteHigh |= Learn(byte);
-    m_asciiIsSingleByte = multibyteAscii == 0;
-    m_textIsSingleBytes = (multibyteAscii | multibyteHigh) == 0;
-  }
+// The byte count of the character that `lead` begins, asked of the host:
+// 1 for a single-byte character, which the host may also give as 0. The
+// escaped copies call this once for the lead byte of every character, in
+// text order, and for no other byte.
+inline unsigned long AskWidth(unsigned char lead) {
+  const auto asked = static_cast<unsigned>(PlayerBytesInChar(lead));
+  return asked >= 2 ? asked : 1;
+}
 
-  // The byte count of the character that `lead` begins: 1 for a
-  // single-byte character. Known for every byte value of the text.
-  unsigned long Width(unsigned char lead) const {
-    const unsigned asked = m_width[lead];
-    return asked >= 2 ? asked : 1;
-  }
-
-  // Whether every byte of the text is known to be a character of its own,
-  // so that the rule alone decides each byte.
-  bool TextIsSingleBytes() const { return m_textIsSingleBytes; }
-  // Whether every byte below 0x80 is known to be a character of its own;
-  // only a long text asks for them all.
-  bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
-
- private:
-  // Asks the host for the width of `lead`'s character and keeps it as
-  // given; returns nonzero for a multibyte character (2 and up). Reading 0
-  // as 1 is left to Width, off the path of a short text's many calls.
-  unsigned Learn(int lead) {
-    const auto asked = static_cast<unsigned>(
-        PlayerBytesInChar(static_cast<unsigned char>(lead)));
-    m_width[lead] = asked;
-    return asked >> 1;
-  }
-
-  unsigned m_width[256];  // as the host gave them
-  bool m_textIsSingleBytes = false;
-  bool m_asciiIsSingleByte = false;
-};
-
-// Escapes whole characters of [p, stop) into `out`, which has room for
-// three bytes per input byte; stops early before a multibyte character
-// that reaches past `stop`. Returns the end of the output and moves `p`
-// past the characters written. With `asciiChunks`, every ASCII byte is
-// known to be a character of its own, and 16 of them can go at once.
+// Escapes whole characters from `from` into `out` while they surely fit:
+// `out` has room for three bytes per input byte up to `stop`. A multibyte
+// character is escaped byte by byte, as far as the text (up to `end`)
+// goes. Returns the end of the output and moves `from` past the characters
+// written. When it stops at a character that reaches past `stop`, whose
+// width it has already asked, it leaves that width in `pending` (otherwise
+// 0), so that the host is not asked twice.
 template <Classifier Classify>
 char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
                 const unsigned char* end, char* out, const ByteCodes& rule,
-                const CharacterWidths& widths, bool asciiChunks) {
+                unsigned long& pending) {
   const unsigned char* p = from;  // kept in a register, unlike `from`
   while (p < stop) {
-    const unsigned char* const chunkEnd = p + std::min<long>(16, stop - p);
+    unsigned long width;
 #if defined(__SSE2__)
     if constexpr (Classify != nullptr) {
-      if (asciiChunks && chunkEnd - p == 16 && AsciiBytes(p) == 0xFFFF) {
-        out = PutChunk(p, Classify(p), out, rule);
-        p += 16;
-        continue;
+      if (stop - p >= 16) {
+        // Sixteen characters of one byte each go through the vector test
+        // at once; the widths are still asked one character at a time.
+        int singles = 0;
+        for (width = 1; singles < 16; ++singles) {
+          width = AskWidth(p[singles]);
+          if (width != 1) break;
+        }
+        if (singles == 16) {
+          out = PutChunk(p, Classify(p), out, rule);
+          p += 16;
+          continue;
+        }
+        for (; singles > 0; --singles) out = PutCode(out, rule, *p++);
+      } else {
+        width = AskWidth(*p);
       }
+    } else {
+      width = AskWidth(*p);
     }
+#else
+    width = AskWidth(*p);
 #endif
-    // Character by character to the end of this chunk, or just past it.
-    while (p < chunkEnd) {
-      if (widths.Width(*p) == 1) {
-        out = PutCode(out, rule, *p++);
-        continue;
-      }
-      const long bytes = static_cast<long>(std::min<unsigned long>(
-          widths.Width(*p), end - p));  // cut short by the NUL
-      if (bytes > stop - p) {
-        from = p;
-        return out;
-      }
-      for (long i = 0; i < bytes; ++i) {
-        out = PutCode(out, vesk::kEscapeAllCodes, *p++);
-      }
+    if (width == 1) {
+      out = PutCode(out, rule, *p++);
+      continue;
+    }
+    const long bytes = static_cast<long>(
+        std::min<unsigned long>(width, end - p));  // cut short by the NUL
+    if (bytes > stop - p) {
+      pending = width;
+      break;
+    }
+    for (long i = 0; i < bytes; ++i) {
+      out = PutCode(out, vesk::kEscapeAllCodes, *p++);
     }
   }
   from = p;
@@ -316,26 +288,26 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 // that surely fit are written directly; a character that may need growth
 // goes through AppendChar.
 void AppendEscaped(VeskString& out, const unsigned char* p,
-                   const unsigned char* end, const ByteCodes& rule,
-                   const CharacterWidths& widths) {
+                   const unsigned char* end, const ByteCodes& rule) {
   const DirectWriter writer(out);
-  const bool asciiChunks = widths.AsciiIsSingleByte();
   WithRule(rule, [&](auto classifier) {
     while (p < end) {
+      unsigned long width = 0;
       const long batch = std::min<long>(end - p, writer.Room() / 3);
-      const unsigned char* const start = p;
       if (batch > 0) {
         writer.Commit(EscapeRun<decltype(classifier)::value>(
-            p, p + batch, end, writer.Begin(), rule, widths, asciiChunks));
+            p, p + batch, end, writer.Begin(), rule, width));
+        if (width == 0) continue;
+      } else {
+        width = AskWidth(*p);
       }
-      if (p != start) continue;
-      // No whole character fits: this one goes byte by byte.
-      if (widths.Width(*p) == 1) {
+      // This character may need growth: it goes byte by byte.
+      if (width == 1) {
         AppendCode(out, rule, *p++);
         continue;
       }
       const long bytes =
-          static_cast<long>(std::min<unsigned long>(widths.Width(*p), end - p));
+          static_cast<long>(std::min<unsigned long>(width, end - p));
       for (long i = 0; i < bytes; ++i) {
         AppendCode(out, vesk::kEscapeAllCodes, *p++);
       }
@@ -349,15 +321,7 @@ char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
   if (source.Length() == 0) return nullptr;
   VeskString work;  // cleared on every way out, exceptions included
   auto* p = reinterpret_cast<const unsigned char*>(source.Text());
-  const unsigned char* const end = p + std::strlen(source.Text());
-  const CharacterWidths widths(p, end);
-  // A text of single-byte characters is coded byte by byte by the rule
-  // alone: the form encoders' walk.
-  if (widths.TextIsSingleBytes()) {
-    AppendEncoded(work, p, end, rule);
-  } else {
-    AppendEscaped(work, p, end, rule, widths);
-  }
+  AppendEscaped(work, p, p + std::strlen(source.Text()), rule);
   // The escapes hold no NUL, so the length measures the copy.
   return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
                    static_cast<unsigned long>(work.Length()));
