@@ -13,10 +13,6 @@
 #include "vector_blocks.h"
 #include "veskstring.h"
 
-#if defined(__SSE2__)
-#define VESK_SCAN_SSE2 1
-#endif
-
 namespace vesk {
 
 // 'A' to 'Z' to lower case, every other byte unchanged.
@@ -25,7 +21,7 @@ inline unsigned char FoldByte(char c) {
   return static_cast<unsigned char>(byte ^ g_tolower_map[byte]);
 }
 
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 // 16 copies of `byte`, spread from a general register; a broadcast from
 // memory would read back a single stored byte as four and stall.
 inline __m128i Broadcast(unsigned char byte) {
@@ -49,12 +45,6 @@ inline std::size_t BoundedLength(const char* text, std::size_t limit) {
 // that a search which stops early has not looked far beyond where it stopped.
 class TextPrefix {
  public:
-  TextPrefix(const char* text, std::size_t first_step)
-      : m_text(text),
-        m_step(first_step),
-        m_known(BoundedLength(text, first_step)),
-        m_ended(m_known < first_step) {}
-
   // A prefix already measured: `known` bytes, the last step `step` long.
   TextPrefix(const char* text, std::size_t step, std::size_t known)
       : m_text(text), m_step(step), m_known(known), m_ended(known < step) {}
@@ -87,7 +77,7 @@ class TextPrefix {
   bool m_ended;
 };
 
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 // Lanes where the bytes of `a` and `b` differ.
 inline unsigned Mismatch(__m128i a, __m128i b) {
   return BlockMask(_mm_cmpeq_epi8(a, b)) ^ 0xFFFFu;
@@ -122,7 +112,7 @@ VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
 template <bool kFold>
 inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n) {
   std::size_t i = 0;
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   if (n >= 16) {
     for (;; i += 16) {
       if (i + 16 > n) i = n - 16;

@@ -37,7 +37,7 @@ struct ExactBytes {
   static bool Equal(const char* a, const char* b, std::size_t n) {
     return SameBytes(a, b, n);
   }
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   static __m128i MapBlock(__m128i bytes) { return bytes; }
 #endif
 #if VESK_WITH_AVX2
@@ -50,7 +50,7 @@ struct FoldedBytes {
   static bool Equal(const char* a, const char* b, std::size_t n) {
     return vesk::FirstFoldedDifference(a, b, n) == n;
   }
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   static __m128i MapBlock(__m128i bytes) { return vesk::FoldBlock(bytes); }
 #endif
 #if VESK_WITH_AVX2
@@ -168,7 +168,7 @@ struct Needle {
 
 // Block tests for candidate places, where the needle's first and last bytes
 // both fit: bit i of a mask stands for the place i bytes into the block.
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 template <class Bytes>
 struct Blocks16 {
   static constexpr std::size_t kPlaces = 16;
@@ -327,7 +327,7 @@ __attribute__((always_inline)) inline const char* FindFrom(const char* text,
 // The search with SSE2 blocks where the machine has them, bytes elsewhere.
 template <class Bytes>
 struct NarrowSearch {
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   using Scanner = Scan<Bytes, Blocks16Pair, Blocks16>;
 #else
   using Scanner = Scan<Bytes>;
