@@ -15,7 +15,10 @@
 
 namespace vesk {
 
-// 'A' to 'Z' to lower case, every other byte unchanged.
+// The module's one case fold, as g_tolower_map gives it: 'A' to 'Z' to
+// lower case, every other byte unchanged. The searches, the
+// case-insensitive compares and the prefix strips fold through it or its
+// block forms below; ToUpper and ToLower apply the tables themselves.
 inline unsigned char FoldByte(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return static_cast<unsigned char>(byte ^ g_tolower_map[byte]);
@@ -95,6 +98,13 @@ inline unsigned FoldedMismatch(__m128i a, __m128i b) {
 #endif
 
 #if VESK_WITH_AVX2
+// FoldBlock on 32 bytes.
+VESK_TARGET_AVX2 inline __m256i FoldBlock32(__m256i bytes) {
+  const __m256i upper = InRange32(bytes, 'A', 26);
+  return _mm256_or_si256(bytes,
+                         _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
+}
+
 // FoldedMismatch on 32 bytes.
 VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
   const __m256i letter = InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);

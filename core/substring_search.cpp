@@ -54,17 +54,23 @@ struct FoldedBytes {
   static __m128i MapBlock(__m128i bytes) { return vesk::FoldBlock(bytes); }
 #endif
 #if VESK_WITH_AVX2
-  // FoldBlock on 32 bytes.
   VESK_TARGET_AVX2 static __m256i MapBlock32(__m256i bytes) {
-    const __m256i upper = vesk::InRange32(bytes, 'A', 26);
-    return _mm256_or_si256(bytes, _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
+    return vesk::FoldBlock32(bytes);
   }
 #endif
 };
 
-// The needle split at a critical point: the start of its greatest suffix
-// under one byte order or the reverse, whichever starts later, and the
-// period of that suffix. `ell` is the index just before the suffix.
+// Two-way string matching: M. Crochemore and D. Perrin, "Two-way
+// string-matching", Journal of the ACM 38(3), 1991, pages 651-675. The
+// needle is cut at a critical factorisation, found as the later start of
+// its greatest suffix under the byte order and under the reverse order
+// (the maximal-suffix computation of that paper). The scan then matches the
+// right part left to right and the left part right to left, and shifts by
+// the period or past the mismatch: time linear in the lengths of text and
+// needle, constant space.
+
+// The needle's critical factorisation: `ell` is the index just before the
+// right part, `period` the period of that suffix.
 struct Factorization {
   long ell;
   long period;
@@ -95,8 +101,8 @@ Factorization GreatestSuffix(const char* x, long m, bool reverse) {
   return {ms, p};
 }
 
-// The first match at or after `from` by the two-way scan. The text is
-// measured only as far as the window being checked.
+// The first match at or after `from` by two-way string matching. The text
+// is measured only as far as the window being checked.
 template <class Bytes>
 const char* TwoWay(const char* text, TextPrefix& prefix, std::size_t from,
                    const char* x, long m) {
