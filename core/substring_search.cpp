@@ -4,6 +4,7 @@
 // passed, the search goes on with a two-way scan, whose time is linear in
 // the text and needle lengths for every input. The block scan runs 32 places
 // a step, with AVX2 where the processor has it.
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -371,6 +372,8 @@ struct WideSearch {
 // saves no register that only one of them uses.
 template <class Bytes>
 const char* Find(const char* text, const char* needle) {
+  // A needle that is neither null nor empty needs a text.
+  assert(text != nullptr || needle == nullptr || needle[0] == '\0');
 #if VESK_WITH_AVX2
   if (vesk::g_hasAvx2) return WideSearch<Bytes>::Find(text, needle);
 #endif
