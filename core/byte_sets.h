@@ -87,9 +87,7 @@ struct FormRule {
       MakeByteCodes(IsAsciiLetterOrDigit, false);
   static constexpr bool kHasKept32 = true;
 #if VESK_WITH_SSE2
-  static unsigned Kept16(const unsigned char* p) {
-    return LettersAndDigits(p);
-  }
+  static unsigned Kept16(const unsigned char* p) { return LettersAndDigits(p); }
 #endif
 #if VESK_WITH_AVX2
   VESK_TARGET_AVX2 static unsigned Kept32(const unsigned char* p) {
@@ -101,8 +99,7 @@ struct FormRule {
 // The form encoding with a space written as '+', which the vector tests
 // do not count as kept: it is written by its code.
 struct FormPlusRule : FormRule {
-  static constexpr ByteCodes kCodes =
-      MakeByteCodes(IsAsciiLetterOrDigit, true);
+  static constexpr ByteCodes kCodes = MakeByteCodes(IsAsciiLetterOrDigit, true);
 };
 
 // The strict escaped copy: 64 values, letters, digits, '-' and '.'.

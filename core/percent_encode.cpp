@@ -49,8 +49,7 @@ inline char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
 // Encodes [p, stop) into `out` by `Rule`, which has room for three bytes
 // per input byte. Runs of kept bytes go 16 at a time.
 template <class Rule>
-char* EncodeRun(const unsigned char* p, const unsigned char* stop,
-                char* out) {
+char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out) {
   constexpr const ByteCodes& codes = Rule::kCodes;
 #if VESK_WITH_SSE2
   // Two chunks a step: long runs of kept bytes take one branch per 32.
@@ -87,8 +86,8 @@ VESK_TARGET_AVX2 char* EncodeRunWide(const unsigned char* p,
       out += 32;
       continue;
     }
-    out = PutChunk(p + 16, kept >> 16,
-                   PutChunk(p, kept & 0xFFFF, out, codes), codes);
+    out = PutChunk(p + 16, kept >> 16, PutChunk(p, kept & 0xFFFF, out, codes),
+                   codes);
   }
   return EncodeRun<Rule>(p, stop, out);
 }
@@ -201,8 +200,7 @@ void AppendEscaped(VeskString& out, const unsigned char* p,
     unsigned long width = 0;
     const long batch = std::min<long>(end - p, writer.Room() / 3);
     if (batch > 0) {
-      writer.Commit(
-          EscapeRun<Rule>(p, p + batch, end, writer.Begin(), width));
+      writer.Commit(EscapeRun<Rule>(p, p + batch, end, writer.Begin(), width));
       if (width == 0) continue;
     } else {
       width = AskWidth(*p);

@@ -347,8 +347,7 @@ inline constexpr long kVeskStrNotFound = 4294967295L;
 // needle gives `haystack` itself, null included, without reading it;
 // otherwise `haystack` may not be null. Linear in the lengths of both texts
 // for every input, with constant scratch space.
-[[nodiscard]] const char* VeskStrStr(const char* haystack,
-                                     const char* needle);
+[[nodiscard]] const char* VeskStrStr(const char* haystack, const char* needle);
 [[nodiscard]] const char* VeskStrCaseStr(const char* haystack,
                                          const char* needle);
 // The offset of VeskStrStr's match, or kVeskStrNotFound for null.
