@@ -56,9 +56,9 @@ class TextPrefix {
   std::size_t known() const { return m_known; }
 
   // Learns more of the text; false when the terminator was already seen.
-  bool Grow(std::size_t at_least = 0) {
+  bool Grow(std::size_t atLeast = 0) {
     if (m_ended) return false;
-    m_step = 2 * m_step > at_least ? 2 * m_step : at_least;
+    m_step = 2 * m_step > atLeast ? 2 * m_step : atLeast;
     const std::size_t got = BoundedLength(m_text + m_known, m_step);
     m_known += got;
     m_ended = got < m_step;
@@ -91,8 +91,8 @@ inline unsigned Mismatch(__m128i a, __m128i b) {
 // so is `b`): one letter test where folding both blocks would take two.
 inline unsigned FoldedMismatch(__m128i a, __m128i b) {
   const __m128i letter = InRange(_mm_or_si128(a, _mm_set1_epi8(0x20)), 'a', 26);
-  const __m128i case_bit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
-  const __m128i rest = _mm_andnot_si128(case_bit, _mm_xor_si128(a, b));
+  const __m128i caseBit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
+  const __m128i rest = _mm_andnot_si128(caseBit, _mm_xor_si128(a, b));
   return Mismatch(rest, _mm_setzero_si128());
 }
 #endif
@@ -108,8 +108,8 @@ VESK_TARGET_AVX2 inline __m256i FoldBlock32(__m256i bytes) {
 // FoldedMismatch on 32 bytes.
 VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
   const __m256i letter = InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);
-  const __m256i case_bit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
-  const __m256i rest = _mm256_andnot_si256(case_bit, _mm256_xor_si256(a, b));
+  const __m256i caseBit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
+  const __m256i rest = _mm256_andnot_si256(caseBit, _mm256_xor_si256(a, b));
   const __m256i same = _mm256_cmpeq_epi8(rest, _mm256_setzero_si256());
   return ~static_cast<unsigned>(_mm256_movemask_epi8(same));
 }

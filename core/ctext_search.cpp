@@ -44,8 +44,8 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
   std::size_t done = 0;
   for (std::size_t step = 128;; step *= 2) {
     const std::size_t want = step < limit - done ? step : limit - done;
-    const std::size_t a_len = BoundedLength(a + done, want);
-    const std::size_t common = BoundedLength(b + done, a_len);
+    const std::size_t aLength = BoundedLength(a + done, want);
+    const std::size_t common = BoundedLength(b + done, aLength);
     const std::size_t diff = FirstFoldedDifferenceAnyWidth(a + done, b + done, common);
     if (diff < common) return FoldDifference(a[done + diff], b[done + diff]);
     done += common;

@@ -238,7 +238,7 @@ struct Scan<Bytes, Width, Narrower...> {
     using Blocks = Width<Bytes>;
     constexpr std::size_t kPlaces = Blocks::kPlaces;
     if (end < kPlaces) return Scan<Bytes, Narrower...>::Run(text, at, end, n, check);
-    const auto check_all = [&](std::size_t block, std::uint32_t places) {
+    const auto checkAll = [&](std::size_t block, std::uint32_t places) {
       for (; places != 0; places &= places - 1) {
         if (check(block + __builtin_ctz(places))) return true;
       }
@@ -246,25 +246,25 @@ struct Scan<Bytes, Width, Narrower...> {
     };
     for (; end - at >= kPlaces; at += kPlaces) {
       const std::uint32_t places = Blocks::Hits(text + at, n);
-      if (places != 0 && check_all(at, places)) return true;
+      if (places != 0 && checkAll(at, places)) return true;
     }
     if (at == end) return false;
     const std::size_t block = end - kPlaces;
     const std::uint32_t places = Blocks::Hits(text + block, n) & ~0u << (at - block);
     at = end;
-    return places != 0 && check_all(block, places);
+    return places != 0 && checkAll(block, places);
   }
 };
 
 // Checks the candidate places in [at, end). True when the search is over:
 // at a match, in `found`, or, when checking has cost too much, with the
-// two-way scan to run from place `two_way`.
+// two-way scan to run from place `twoWay`.
 template <class Bytes, class Scanner>
 __attribute__((always_inline)) inline bool ScanPlaces(const char* text, const char* needle,
                                                       Needle n, std::size_t& at,
                                                       std::size_t end, std::size_t& checked,
                                                       const char*& found,
-                                                      std::size_t& two_way) {
+                                                      std::size_t& twoWay) {
   const auto check = [&](std::size_t place) {
     if (Bytes::Equal(text + place, needle, n.length)) {
       found = text + place;
@@ -272,7 +272,7 @@ __attribute__((always_inline)) inline bool ScanPlaces(const char* text, const ch
     }
     checked += n.length;
     if (checked <= kCheckAllowance + 2 * place) return false;
-    two_way = place + 1;
+    twoWay = place + 1;
     return true;
   };
   return Scanner::Run(text, at, end, n, check);
@@ -299,11 +299,11 @@ __attribute__((always_inline)) inline const char* FindAfterFirstStep(const char*
   std::size_t at = step - m + 1;
   while (prefix.Grow(m)) {
     const char* found = nullptr;
-    std::size_t two_way = 0;
+    std::size_t twoWay = 0;
     if (ScanPlaces<Bytes, Scanner>(text, needle, n, at, prefix.known() - m + 1, checked,
-                                   found, two_way)) {
+                                   found, twoWay)) {
       if (found != nullptr) return found;
-      return TwoWay<Bytes>(text, prefix, two_way, needle, static_cast<long>(m));
+      return TwoWay<Bytes>(text, prefix, twoWay, needle, static_cast<long>(m));
     }
   }
   return nullptr;
@@ -319,13 +319,13 @@ __attribute__((always_inline)) inline const char* FindFrom(const char* text,
   const std::size_t step = FirstStep(m);
   const std::size_t known = vesk::BoundedLength(text, step);
   if (known < m) return nullptr;
-  std::size_t at = 0, checked = 0, two_way = 0;
+  std::size_t at = 0, checked = 0, twoWay = 0;
   const char* found = nullptr;
   if (ScanPlaces<Bytes, typename Search::Scanner>(text, needle, NeedleOf<Bytes>(needle, m),
                                                   at, known - m + 1, checked, found,
-                                                  two_way)) {
+                                                  twoWay)) {
     if (found != nullptr) return found;
-    return TwoWayFrom<Bytes>(text, step, known, two_way, needle, m);
+    return TwoWayFrom<Bytes>(text, step, known, twoWay, needle, m);
   }
   if (known < step) return nullptr;
   return Search::Rest(text, needle, m, checked);
