@@ -219,9 +219,10 @@ void AppendEscaped(VeskString& out, const unsigned char* p,
 }
 
 // Walks the text by code-page characters into a work string and hands out
-// an exact copy of what it built.
+// an exact copy of what it built. Kept out of line: inlined into the
+// public copies, it made a short copy slower (docs/PERFORMANCE.md).
 template <class Rule>
-char* EscapedCopy(const VeskString& source) {
+__attribute__((noinline)) char* EscapedCopy(const VeskString& source) {
   if (source.Length() == 0) return nullptr;
   VeskString work;  // cleared on every way out, exceptions included
   auto* p = reinterpret_cast<const unsigned char*>(source.Text());
