@@ -154,9 +154,10 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
       // Sixteen characters of one byte each go through the vector test at
       // once; the widths are still asked one character at a time.
       int singles = 0;
-      for (width = 1; singles < 16; ++singles) {
-        width = AskWidth(p[singles]);
-        if (width != 1) break;
+      unsigned asked = 0;
+      for (; singles < 16; ++singles) {
+        asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
+        if (asked >= 2) break;  // a multibyte character
       }
       if (singles == 16) {
         out = PutChunk(p, Rule::Kept16(p), out, codes);
@@ -164,6 +165,7 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
         continue;
       }
       for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
+      width = asked;
     } else {
       width = AskWidth(*p);
     }
