@@ -18,8 +18,7 @@ fi
 echo "== valgrind: $dir/tests/vesk_tests"
 # Excluded: StorageTest.SourcesTooLongForAnIntAreReportedBeforeAnyRequest
 # maps a 2 GiB text and has it measured byte by byte, which under valgrind
-# takes some 40 seconds, far longer than all the rest; no other test comes
-# near such sizes.
+# takes far longer than all the rest; no other test comes near such sizes.
 valgrind --quiet --error-exitcode=1 --leak-check=full \
   --suppressions=scripts/valgrind.supp \
   "$dir/tests/vesk_tests" \
