@@ -25,11 +25,11 @@ const char* HostCodePage();
 // versions are in the host code page already.
 constexpr int kFirstUtf8Version = 6;
 
-// `utf8` in the host code page as a host heap text (option 1), characters
-// the code page cannot hold as '?'. Null for a null text, for text that is
-// not valid UTF-8 (the caller then uses the raw bytes), and when the heap
-// gives no block. The module always passes true for `terminate`; the text
-// returned is NUL-terminated either way.
+// `utf8` in the host code page as a host heap text requested with
+// kMayReturnNull, characters the code page cannot hold as '?'. Null for a
+// null text, for text that is not valid UTF-8 (the caller then uses the
+// raw bytes), and when the heap gives no block. The module always passes
+// true for `terminate`; the text returned is NUL-terminated either way.
 char* CreateMBCSFromUTF8(const char* utf8, bool terminate);
 
 // The byte count of the code-page character that begins with `lead`: 1 in
