@@ -90,9 +90,10 @@ class VeskString {
  public:
   // ---- Storage and assignment ----
   // The constructors and setters below copy their source, measured with
-  // strlen, into a buffer of exactly its length plus one; an empty source
-  // gives the shared empty state. A source of 2^31 - 1 bytes or more gets
-  // the too-large report and nothing is copied.
+  // strlen, into a new buffer of exactly its length plus one (Set keeps a
+  // buffer that is already large enough); an empty source gives the shared
+  // empty state. A source of 2^31 - 1 bytes or more gets the too-large
+  // report and nothing is copied.
   // On failure: zeroed (an old buffer is already released).
 
   VeskString() noexcept : m_text(nullptr), m_length(0), m_capacity(0) {}
