@@ -13,19 +13,18 @@
 #include "vector_blocks.h"
 #include "veskstring.h"
 
-#if defined(__SSE2__)
-#define VESK_SCAN_SSE2 1
-#endif
-
 namespace vesk {
 
-// 'A' to 'Z' to lower case, every other byte unchanged.
+// The module's one case fold, as g_tolower_map gives it: 'A' to 'Z' to
+// lower case, every other byte unchanged. The searches, the
+// case-insensitive compares and the prefix strips fold through it or its
+// block forms below; ToUpper and ToLower apply the tables themselves.
 inline unsigned char FoldByte(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return static_cast<unsigned char>(byte ^ g_tolower_map[byte]);
 }
 
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 // 16 copies of `byte`, spread from a general register; a broadcast from
 // memory would read back a single stored byte as four and stall.
 inline __m128i Broadcast(unsigned char byte) {
@@ -49,12 +48,6 @@ inline std::size_t BoundedLength(const char* text, std::size_t limit) {
 // that a search which stops early has not looked far beyond where it stopped.
 class TextPrefix {
  public:
-  TextPrefix(const char* text, std::size_t first_step)
-      : m_text(text),
-        m_step(first_step),
-        m_known(BoundedLength(text, first_step)),
-        m_ended(m_known < first_step) {}
-
   // A prefix already measured: `known` bytes, the last step `step` long.
   TextPrefix(const char* text, std::size_t step, std::size_t known)
       : m_text(text), m_step(step), m_known(known), m_ended(known < step) {}
@@ -63,9 +56,9 @@ class TextPrefix {
   std::size_t known() const { return m_known; }
 
   // Learns more of the text; false when the terminator was already seen.
-  bool Grow(std::size_t at_least = 0) {
+  bool Grow(std::size_t atLeast = 0) {
     if (m_ended) return false;
-    m_step = 2 * m_step > at_least ? 2 * m_step : at_least;
+    m_step = 2 * m_step > atLeast ? 2 * m_step : atLeast;
     const std::size_t got = BoundedLength(m_text + m_known, m_step);
     m_known += got;
     m_ended = got < m_step;
@@ -87,7 +80,7 @@ class TextPrefix {
   bool m_ended;
 };
 
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 // Lanes where the bytes of `a` and `b` differ.
 inline unsigned Mismatch(__m128i a, __m128i b) {
   return BlockMask(_mm_cmpeq_epi8(a, b)) ^ 0xFFFFu;
@@ -98,18 +91,25 @@ inline unsigned Mismatch(__m128i a, __m128i b) {
 // so is `b`): one letter test where folding both blocks would take two.
 inline unsigned FoldedMismatch(__m128i a, __m128i b) {
   const __m128i letter = InRange(_mm_or_si128(a, _mm_set1_epi8(0x20)), 'a', 26);
-  const __m128i case_bit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
-  const __m128i rest = _mm_andnot_si128(case_bit, _mm_xor_si128(a, b));
+  const __m128i caseBit = _mm_and_si128(letter, _mm_set1_epi8(0x20));
+  const __m128i rest = _mm_andnot_si128(caseBit, _mm_xor_si128(a, b));
   return Mismatch(rest, _mm_setzero_si128());
 }
 #endif
 
 #if VESK_WITH_AVX2
+// FoldBlock on 32 bytes.
+VESK_TARGET_AVX2 inline __m256i FoldBlock32(__m256i bytes) {
+  const __m256i upper = InRange32(bytes, 'A', 26);
+  return _mm256_or_si256(bytes,
+                         _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
+}
+
 // FoldedMismatch on 32 bytes.
 VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
   const __m256i letter = InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);
-  const __m256i case_bit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
-  const __m256i rest = _mm256_andnot_si256(case_bit, _mm256_xor_si256(a, b));
+  const __m256i caseBit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
+  const __m256i rest = _mm256_andnot_si256(caseBit, _mm256_xor_si256(a, b));
   const __m256i same = _mm256_cmpeq_epi8(rest, _mm256_setzero_si256());
   return ~static_cast<unsigned>(_mm256_movemask_epi8(same));
 }
@@ -122,7 +122,7 @@ VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
 template <bool kFold>
 inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n) {
   std::size_t i = 0;
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   if (n >= 16) {
     for (;; i += 16) {
       if (i + 16 > n) i = n - 16;

@@ -1,5 +1,6 @@
 // Case-insensitive comparison and byte search over C text. The substring
 // searches are in substring_search.cpp.
+#include <cassert>
 #include <cstring>
 
 #include "ctext_scan.h"
@@ -43,8 +44,8 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
   std::size_t done = 0;
   for (std::size_t step = 128;; step *= 2) {
     const std::size_t want = step < limit - done ? step : limit - done;
-    const std::size_t a_len = BoundedLength(a + done, want);
-    const std::size_t common = BoundedLength(b + done, a_len);
+    const std::size_t aLength = BoundedLength(a + done, want);
+    const std::size_t common = BoundedLength(b + done, aLength);
     const std::size_t diff = FirstFoldedDifferenceAnyWidth(a + done, b + done, common);
     if (diff < common) return FoldDifference(a[done + diff], b[done + diff]);
     done += common;
@@ -63,10 +64,12 @@ bool StrEqual(const char* a, const char* b) {
 }
 
 int VeskStrICmp(const char* a, const char* b) {
+  assert(a != nullptr && b != nullptr);
   return VeskStrNICmp(a, b, static_cast<std::size_t>(-1));
 }
 
 int VeskStrNICmp(const char* a, const char* b, unsigned long n) {
+  assert(n == 0 || (a != nullptr && b != nullptr));
   return CompareFolded(a, b, n);
 }
 
@@ -79,6 +82,7 @@ bool VarStrEqual(const char* a, const char* b, bool caseSensitive) {
 // terminator, and agree with these for every byte but the NUL, sorted out
 // first.
 const char* VeskStrChr(const char* s, int c) {
+  assert(s != nullptr);
   return IsSearchableByte(c) ? std::strchr(s, c) : nullptr;
 }
 
@@ -88,6 +92,7 @@ long VeskStrChrIndex(const char* s, int c) {
 }
 
 const char* VeskStrRChr(const char* s, int c) {
+  assert(s != nullptr);
   return IsSearchableByte(c) ? std::strrchr(s, c) : nullptr;
 }
 

@@ -1,5 +1,6 @@
 // Stepping over prefixes, schemes, whitespace and slashes at the start of
 // 8-bit and 16-bit text, without copying it.
+#include "ctext_scan.h"
 #include "veskstring.h"
 
 namespace {
@@ -8,9 +9,10 @@ namespace {
 inline unsigned Value(char c) { return static_cast<unsigned char>(c); }
 inline unsigned Value(unsigned short unit) { return unit; }
 
-// Folds 'a' to 'z' onto 'A' to 'Z' and leaves every other value alone.
-inline unsigned Upper(unsigned value) {
-  return value >= 'a' && value <= 'z' ? value - 32 : value;
+// The module's case fold for a byte value; a 16-bit unit above 0xFF is
+// left alone, so it matches no prefix byte.
+inline unsigned Fold(unsigned value) {
+  return value <= 0xFF ? vesk::FoldByte(static_cast<char>(value)) : value;
 }
 inline unsigned Same(unsigned value) { return value; }
 
@@ -34,12 +36,12 @@ inline bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 }  // namespace
 
 const char* StripPrefix(const char* text, const char* prefix) {
-  return Strip<Upper>(text, prefix);
+  return Strip<Fold>(text, prefix);
 }
 
 const unsigned short* StripPrefix(const unsigned short* text,
                                   const char* prefix) {
-  return Strip<Upper>(text, prefix);
+  return Strip<Fold>(text, prefix);
 }
 
 const char* StripPrefixCaseSensitive(const char* text, const char* prefix) {

@@ -3,6 +3,7 @@
 #ifndef VESK_CORE_DIRECT_WRITER_H
 #define VESK_CORE_DIRECT_WRITER_H
 
+#include <cassert>
 #include <cstring>
 
 #include "veskstring.h"
@@ -23,8 +24,10 @@ class DirectWriter {
     return long{m_string.m_capacity} - 1 - m_string.m_length;
   }
   char* Begin() const { return m_string.m_text + m_string.m_length; }
-  // Ends a run of direct writes at `end`, inside the buffer.
+  // Ends a run of direct writes at `end`, inside the buffer: no further
+  // than Room() bytes past Begin(), so that the terminator still fits.
   void Commit(char* end) const {
+    assert(end >= Begin() && end - m_string.m_text < m_string.m_capacity);
     m_string.m_length = static_cast<int>(end - m_string.m_text);
     *end = '\0';
   }

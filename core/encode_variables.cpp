@@ -29,7 +29,7 @@ void VeskString::EncodeVariables(CorePlayer* player,
     // Declared name first, so the value copy is released before it.
     const vesk::ScopedBlock name(variable->Name().Get8BitCopyOfStringData());
     if (name.get() == nullptr || name.get()[0] == '$' ||
-        (variable->GetFlags() & 0x0001) != 0) {
+        (variable->GetFlags() & ScriptVariable::kDontEnum) != 0) {
       continue;
     }
     const vesk::ScopedBlock value(player->ToString(ScriptAtom(variable->value)));

@@ -14,10 +14,15 @@ namespace vesk {
 // never released.
 extern const char kEmptyText[1];
 
-// A count of 2^32 - 1 or more is reported as too large (the report does not
-// return); a count of 0 requests nothing and gives null.
+// The smallest heap request that the size guard refuses: 2^32 - 1. It is
+// a different fact from the not-found index kVeskStrNotFound, which has the
+// same value.
+constexpr unsigned long kTooLargeBlock = 4294967295UL;
+
+// A count of kTooLargeBlock or more is reported as too large (the report
+// does not return); a count of 0 requests nothing and gives null.
 inline char* RequestBlock(unsigned long count, Pelgc::FixedMallocOpts opts) {
-  if (count >= 4294967295UL) Pelgc::GCHeap::SignalObjectTooLarge();
+  if (count >= kTooLargeBlock) Pelgc::GCHeap::SignalObjectTooLarge();
   if (count == 0) return nullptr;
   return static_cast<char*>(Pelgc::SystemNew(count, opts));
 }

@@ -1,7 +1,6 @@
 // VeskString: form encoding and escaped heap copies.
 #include <algorithm>
 #include <cstring>
-#include <type_traits>
 
 #include "../host/text_services.h"
 #include "byte_sets.h"
@@ -31,55 +30,8 @@ void AppendCode(VeskString& out, const ByteCodes& codes, unsigned char byte) {
   for (int i = 0; i < code[3]; ++i) out.AppendChar(code[i]);
 }
 
-// The vector test of a kept set: a mask of the kept bytes among 16.
-using Classifier = unsigned (*)(const unsigned char* sixteen);
-template <Classifier C>
-using Rule = std::integral_constant<Classifier, C>;
-
-#if defined(__SSE2__)
-using vesk::BlockMask;
-using vesk::InRange;
+#if VESK_WITH_SSE2
 using vesk::Load16;
-
-// A mask with bit i set when byte i at `p` is one of the 62 letters and
-// digits. Bytes from 0x80 up fall outside both ranges.
-inline unsigned LettersAndDigits(const unsigned char* p) {
-  const __m128i chunk = Load16(p);
-  const __m128i letter = InRange(_mm_or_si128(chunk, _mm_set1_epi8(0x20)), 'a', 26);
-  const __m128i digit = InRange(chunk, '0', 10);
-  return BlockMask(_mm_or_si128(letter, digit));
-}
-
-// A mask with bit i set when byte i of `chunk` is below 0x80.
-inline unsigned AsciiBytes(const unsigned char* p) {
-  const __m128i chunk = Load16(p);
-  return ~BlockMask(chunk) & 0xFFFF;
-}
-
-inline __m128i Equals(__m128i chunk, char c) {
-  return _mm_cmpeq_epi8(chunk, _mm_set1_epi8(c));
-}
-
-// Letters, digits, '-' and '.'.
-inline unsigned StrictUrlBytes(const unsigned char* p) {
-  const __m128i chunk = Load16(p);
-  return LettersAndDigits(p) |
-         BlockMask(_mm_or_si128(Equals(chunk, '-'), Equals(chunk, '.')));
-}
-
-// Letters, digits and the 24 marks (0x21 to 0x2F, then : ; = ? @ [ ] _ ~):
-// the printable bytes 0x21 to 0x7E but < > \ ^ ` { | }. '<' and '>', like
-// '\' and '^', differ in bit 1 alone, so one compare tests each pair.
-inline unsigned UrlBytes(const unsigned char* p) {
-  const __m128i chunk = Load16(p);
-  const __m128i pairs = _mm_or_si128(chunk, _mm_set1_epi8(0x02));
-  const __m128i left_out =
-      _mm_or_si128(_mm_or_si128(Equals(pairs, '>'), Equals(pairs, '^')),
-                   _mm_or_si128(Equals(chunk, '`'), InRange(chunk, '{', 3)));
-  return BlockMask(_mm_andnot_si128(left_out, InRange(chunk, 0x21, 0x7E - 0x21 + 1)));
-}
-
-inline unsigned EveryByte(const unsigned char*) { return 0xFFFF; }
 
 // Writes the 16 single-byte characters at `p`, whose kept ones `keptMask`
 // marks, to `out`, which has room for three bytes per input byte.
@@ -94,44 +46,25 @@ inline char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
 }
 #endif
 
-// Calls `body` with the vector test of the bytes that `codes` keeps as a
-// compile-time constant, so that it is inlined into the loops; null for a
-// rule without one. Always inlined: called out of line, it took the body's
-// captures through the stack, and reloading them right after they were
-// stored cost a short escaped copy about 5%.
-template <class Body>
-__attribute__((always_inline)) inline void WithRule(const ByteCodes& codes, Body body) {
-#if defined(__SSE2__)
-  if (&codes == &vesk::kFormCodes || &codes == &vesk::kFormPlusCodes) {
-    return body(Rule<LettersAndDigits>());
-  }
-  if (&codes == &vesk::kStrictCodes) return body(Rule<StrictUrlBytes>());
-  if (&codes == &vesk::kUrlCodes) return body(Rule<UrlBytes>());
-  if (&codes == &vesk::kAsciiCodes) return body(Rule<AsciiBytes>());
-  if (&codes == &vesk::kKeepAllCodes) return body(Rule<EveryByte>());
-#endif
-  body(Rule<nullptr>());
-}
-
-// Encodes [p, stop) into `out`, which has room for three bytes per input
-// byte. Runs of kept bytes go 16 at a time.
-template <Classifier Classify>
-char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
-                const ByteCodes& codes) {
-#if defined(__SSE2__)
-  if constexpr (Classify != nullptr) {
-    // Two chunks a step: long runs of kept bytes take one branch per 32.
-    for (; stop - p >= 32; p += 32) {
-      const unsigned low = Classify(p), high = Classify(p + 16);
-      if ((low & high) == 0xFFFF) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), Load16(p + 16));
-        out += 32;
-        continue;
-      }
-      out = PutChunk(p + 16, high, PutChunk(p, low, out, codes), codes);
+// Encodes [p, stop) into `out` by `Rule`, which has room for three bytes
+// per input byte. Runs of kept bytes go 16 at a time.
+template <class Rule>
+char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out) {
+  constexpr const ByteCodes& codes = Rule::kCodes;
+#if VESK_WITH_SSE2
+  // Two chunks a step: long runs of kept bytes take one branch per 32.
+  for (; stop - p >= 32; p += 32) {
+    const unsigned low = Rule::Kept16(p), high = Rule::Kept16(p + 16);
+    if ((low & high) == 0xFFFF) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), Load16(p + 16));
+      out += 32;
+      continue;
     }
-    for (; stop - p >= 16; p += 16) out = PutChunk(p, Classify(p), out, codes);
+    out = PutChunk(p + 16, high, PutChunk(p, low, out, codes), codes);
+  }
+  for (; stop - p >= 16; p += 16) {
+    out = PutChunk(p, Rule::Kept16(p), out, codes);
   }
 #endif
   for (; p < stop; ++p) out = PutCode(out, codes, *p);
@@ -139,172 +72,118 @@ char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out,
 }
 
 #if VESK_WITH_AVX2
-// The form encoders' vector tests on 32 bytes, for machines with AVX2,
-// which is asked of the processor once. Each marks the bytes that its
-// 16-byte form marks.
-using vesk::InRange32;
 using vesk::Load32;
 
-VESK_TARGET_AVX2 inline unsigned LettersAndDigits32(const unsigned char* p) {
-  const __m256i chunk = Load32(p);
-  const __m256i letter =
-      InRange32(_mm256_or_si256(chunk, _mm256_set1_epi8(0x20)), 'a', 26);
-  const __m256i digit = InRange32(chunk, '0', 10);
-  return static_cast<unsigned>(_mm256_movemask_epi8(_mm256_or_si256(letter, digit)));
-}
-
-VESK_TARGET_AVX2 inline unsigned AsciiBytes32(const unsigned char* p) {
-  return ~static_cast<unsigned>(_mm256_movemask_epi8(Load32(p)));
-}
-
-template <Classifier C>
-constexpr Classifier kWide = nullptr;
-template <>
-constexpr Classifier kWide<LettersAndDigits> = LettersAndDigits32;
-template <>
-constexpr Classifier kWide<AsciiBytes> = AsciiBytes32;
-
 // EncodeRun with one 32-byte test a step instead of two 16-byte ones.
-template <Classifier Classify>
-VESK_TARGET_AVX2 char* EncodeRunWide(const unsigned char* p, const unsigned char* stop,
-                              char* out, const ByteCodes& codes) {
+template <class Rule>
+VESK_TARGET_AVX2 char* EncodeRunWide(const unsigned char* p,
+                                     const unsigned char* stop, char* out) {
+  constexpr const ByteCodes& codes = Rule::kCodes;
   for (; stop - p >= 32; p += 32) {
-    const unsigned kept = kWide<Classify>(p);
+    const unsigned kept = Rule::Kept32(p);
     if (kept == ~0u) {
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Load32(p));
       out += 32;
       continue;
     }
-    out = PutChunk(p + 16, kept >> 16, PutChunk(p, kept & 0xFFFF, out, codes), codes);
+    out = PutChunk(p + 16, kept >> 16, PutChunk(p, kept & 0xFFFF, out, codes),
+                   codes);
   }
-  return EncodeRun<Classify>(p, stop, out, codes);
+  return EncodeRun<Rule>(p, stop, out);
 }
 #endif
 
-// EncodeRun, in its AVX2 form where the rule has one and the machine AVX2.
-template <Classifier Classify>
-char* EncodeBatch(const unsigned char* p, const unsigned char* stop, char* out,
-                  const ByteCodes& codes) {
+// EncodeRun, in its AVX2 form where the rule has one and the machine AVX2,
+// which is asked of the processor once.
+template <class Rule>
+char* EncodeBatch(const unsigned char* p, const unsigned char* stop,
+                  char* out) {
 #if VESK_WITH_AVX2
-  if constexpr (kWide<Classify> != nullptr) {
-    if (vesk::g_hasAvx2) return EncodeRunWide<Classify>(p, stop, out, codes);
+  if constexpr (Rule::kHasKept32) {
+    if (vesk::g_hasAvx2) return EncodeRunWide<Rule>(p, stop, out);
   }
 #endif
-  return EncodeRun<Classify>(p, stop, out, codes);
+  return EncodeRun<Rule>(p, stop, out);
 }
 
-// Appends the code of every byte of [p, end). Batches that surely fit are
-// written directly; a byte that may need growth goes through AppendChar.
-void AppendEncoded(VeskString& out, const unsigned char* p,
-                   const unsigned char* end, const ByteCodes& codes) {
-  const DirectWriter writer(out);
-  WithRule(codes, [&](auto rule) {
-    while (p < end) {
-      const long batch = std::min<long>(end - p, writer.Room() / 3);
-      if (batch <= 0) {
-        AppendCode(out, codes, *p++);
-        continue;
-      }
-      writer.Commit(EncodeBatch<decltype(rule)::value>(p, p + batch,
-                                                       writer.Begin(), codes));
-      p += batch;
-    }
-  });
-}
-
-void AppendEncoded(VeskString& out, const char* text, const ByteCodes& codes) {
+// Appends the code of every byte of `text` by `Rule`. Batches that surely
+// fit are written directly; a byte that may need growth goes through
+// AppendChar.
+template <class Rule>
+void AppendEncoded(VeskString& out, const char* text) {
   auto* p = reinterpret_cast<const unsigned char*>(text);
-  AppendEncoded(out, p, p + std::strlen(text), codes);
+  const unsigned char* const end = p + std::strlen(text);
+  const DirectWriter writer(out);
+  while (p < end) {
+    const long batch = std::min<long>(end - p, writer.Room() / 3);
+    if (batch <= 0) {
+      AppendCode(out, Rule::kCodes, *p++);
+      continue;
+    }
+    writer.Commit(EncodeBatch<Rule>(p, p + batch, writer.Begin()));
+    p += batch;
+  }
 }
 
-// The widths of the characters that the text's bytes begin, asked of the
-// host before the walk, so that the walk itself makes no call and keeps
-// its state in registers: a short text asks for each of its bytes (calls
-// that do not wait on one another, unlike a walk by characters), a long
-// one once for each of the 256 values. The code page does not change in
-// the middle of an operation.
-class CharacterWidths {
- public:
-  CharacterWidths(const unsigned char* p, const unsigned char* end) {
-    if (end - p < 256) {
-      unsigned multibyte = 0;
-      for (; p < end; ++p) multibyte |= Learn(*p);
-      m_textIsSingleBytes = multibyte == 0;
-      return;
-    }
-    unsigned multibyteAscii = 0, multibyteHigh = 0;
-    for (int byte = 0; byte < 0x80; ++byte) multibyteAscii |= Learn(byte);
-    for (int byte = 0x80; byte < 0x100; ++byte) multibyteHigh |= Learn(byte);
-    m_asciiIsSingleByte = multibyteAscii == 0;
-    m_textIsSingleBytes = (multibyteAscii | multibyteHigh) == 0;
-  }
+// The byte count of the character that `lead` begins, asked of the host:
+// 1 for a single-byte character, which the host may also give as 0. The
+// escaped copies call this once for the lead byte of every character, in
+// text order, and for no other byte.
+inline unsigned long AskWidth(unsigned char lead) {
+  const auto asked = static_cast<unsigned>(PlayerBytesInChar(lead));
+  return asked >= 2 ? asked : 1;
+}
 
-  // The byte count of the character that `lead` begins: 1 for a
-  // single-byte character. Known for every byte value of the text.
-  unsigned long Width(unsigned char lead) const {
-    const unsigned asked = m_width[lead];
-    return asked >= 2 ? asked : 1;
-  }
-
-  // Whether every byte of the text is known to be a character of its own,
-  // so that the rule alone decides each byte.
-  bool TextIsSingleBytes() const { return m_textIsSingleBytes; }
-  // Whether every byte below 0x80 is known to be a character of its own;
-  // only a long text asks for them all.
-  bool AsciiIsSingleByte() const { return m_asciiIsSingleByte; }
-
- private:
-  // Asks the host for the width of `lead`'s character and keeps it as
-  // given; returns nonzero for a multibyte character (2 and up). Reading 0
-  // as 1 is left to Width, off the path of a short text's many calls.
-  unsigned Learn(int lead) {
-    const auto asked = static_cast<unsigned>(
-        PlayerBytesInChar(static_cast<unsigned char>(lead)));
-    m_width[lead] = asked;
-    return asked >> 1;
-  }
-
-  unsigned m_width[256];  // as the host gave them
-  bool m_textIsSingleBytes = false;
-  bool m_asciiIsSingleByte = false;
-};
-
-// Escapes whole characters of [p, stop) into `out`, which has room for
-// three bytes per input byte; stops early before a multibyte character
-// that reaches past `stop`. Returns the end of the output and moves `p`
-// past the characters written. With `asciiChunks`, every ASCII byte is
-// known to be a character of its own, and 16 of them can go at once.
-template <Classifier Classify>
+// Escapes whole characters from `from` into `out` while they surely fit:
+// `out` has room for three bytes per input byte up to `stop`. A multibyte
+// character is escaped byte by byte, as far as the text (up to `end`)
+// goes; a single-byte one is coded by `Rule`. Returns the end of the
+// output and moves `from` past the characters written. When it stops at a
+// character that reaches past `stop`, whose width it has already asked,
+// it leaves that width in `pending` (otherwise 0), so that the host is not
+// asked twice.
+template <class Rule>
 char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
-                const unsigned char* end, char* out, const ByteCodes& rule,
-                const CharacterWidths& widths, bool asciiChunks) {
+                const unsigned char* end, char* out, unsigned long& pending) {
+  constexpr const ByteCodes& codes = Rule::kCodes;
   const unsigned char* p = from;  // kept in a register, unlike `from`
   while (p < stop) {
-    const unsigned char* const chunkEnd = p + std::min<long>(16, stop - p);
-#if defined(__SSE2__)
-    if constexpr (Classify != nullptr) {
-      if (asciiChunks && chunkEnd - p == 16 && AsciiBytes(p) == 0xFFFF) {
-        out = PutChunk(p, Classify(p), out, rule);
+    unsigned long width;
+#if VESK_WITH_SSE2
+    if (stop - p >= 16) {
+      // Sixteen characters of one byte each go through the vector test at
+      // once; the widths are still asked one character at a time.
+      int singles = 0;
+      unsigned asked = 0;
+      for (; singles < 16; ++singles) {
+        asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
+        if (asked >= 2) break;  // a multibyte character
+      }
+      if (singles == 16) {
+        out = PutChunk(p, Rule::Kept16(p), out, codes);
         p += 16;
         continue;
       }
+      for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
+      width = asked;
+    } else {
+      width = AskWidth(*p);
     }
+#else
+    width = AskWidth(*p);
 #endif
-    // Character by character to the end of this chunk, or just past it.
-    while (p < chunkEnd) {
-      if (widths.Width(*p) == 1) {
-        out = PutCode(out, rule, *p++);
-        continue;
-      }
-      const long bytes = static_cast<long>(std::min<unsigned long>(
-          widths.Width(*p), end - p));  // cut short by the NUL
-      if (bytes > stop - p) {
-        from = p;
-        return out;
-      }
-      for (long i = 0; i < bytes; ++i) {
-        out = PutCode(out, vesk::kEscapeAllCodes, *p++);
-      }
+    if (width == 1) {
+      out = PutCode(out, codes, *p++);
+      continue;
+    }
+    const long bytes = static_cast<long>(
+        std::min<unsigned long>(width, end - p));  // cut short by the NUL
+    if (bytes > stop - p) {
+      pending = width;
+      break;
+    }
+    for (long i = 0; i < bytes; ++i) {
+      out = PutCode(out, vesk::kEscapeAllCodes, *p++);
     }
   }
   from = p;
@@ -312,55 +191,55 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 }
 
 // Appends [p, end) with every multibyte character escaped byte by byte (as
-// far as the text goes) and every single-byte one coded by `rule`. Batches
-// that surely fit are written directly; a character that may need growth
-// goes through AppendChar.
+// far as the text goes) and every single-byte one coded by `Rule`.
+// Batches that surely fit are written directly; a character that may need
+// growth goes through AppendChar.
+template <class Rule>
 void AppendEscaped(VeskString& out, const unsigned char* p,
-                   const unsigned char* end, const ByteCodes& rule,
-                   const CharacterWidths& widths) {
+                   const unsigned char* end) {
   const DirectWriter writer(out);
-  const bool asciiChunks = widths.AsciiIsSingleByte();
-  WithRule(rule, [&](auto classifier) {
-    while (p < end) {
-      const long batch = std::min<long>(end - p, writer.Room() / 3);
-      const unsigned char* const start = p;
-      if (batch > 0) {
-        writer.Commit(EscapeRun<decltype(classifier)::value>(
-            p, p + batch, end, writer.Begin(), rule, widths, asciiChunks));
-      }
-      if (p != start) continue;
-      // No whole character fits: this one goes byte by byte.
-      if (widths.Width(*p) == 1) {
-        AppendCode(out, rule, *p++);
-        continue;
-      }
-      const long bytes =
-          static_cast<long>(std::min<unsigned long>(widths.Width(*p), end - p));
-      for (long i = 0; i < bytes; ++i) {
-        AppendCode(out, vesk::kEscapeAllCodes, *p++);
-      }
+  while (p < end) {
+    unsigned long width = 0;
+    const long batch = std::min<long>(end - p, writer.Room() / 3);
+    if (batch > 0) {
+      writer.Commit(EscapeRun<Rule>(p, p + batch, end, writer.Begin(), width));
+      if (width == 0) continue;
+    } else {
+      width = AskWidth(*p);
     }
-  });
+    // This character may need growth: it goes byte by byte.
+    if (width == 1) {
+      AppendCode(out, Rule::kCodes, *p++);
+      continue;
+    }
+    const long bytes =
+        static_cast<long>(std::min<unsigned long>(width, end - p));
+    for (long i = 0; i < bytes; ++i) {
+      AppendCode(out, vesk::kEscapeAllCodes, *p++);
+    }
+  }
 }
 
 // Walks the text by code-page characters into a work string and hands out
-// an exact copy of what it built.
-char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
+// an exact copy of what it built. Kept out of line: inlined into the
+// public copies, it made a short copy slower (docs/PERFORMANCE.md).
+template <class Rule>
+__attribute__((noinline)) char* EscapedCopy(const VeskString& source) {
   if (source.Length() == 0) return nullptr;
   VeskString work;  // cleared on every way out, exceptions included
   auto* p = reinterpret_cast<const unsigned char*>(source.Text());
-  const unsigned char* const end = p + std::strlen(source.Text());
-  const CharacterWidths widths(p, end);
-  // A text of single-byte characters is coded byte by byte by the rule
-  // alone: the form encoders' walk.
-  if (widths.TextIsSingleBytes()) {
-    AppendEncoded(work, p, end, rule);
-  } else {
-    AppendEscaped(work, p, end, rule, widths);
-  }
+  AppendEscaped<Rule>(work, p, p + std::strlen(source.Text()));
   // The escapes hold no NUL, so the length measures the copy.
   return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
                    static_cast<unsigned long>(work.Length()));
+}
+
+// `text` in the host code page when it is UTF-8 content and the caller
+// asks for the conversion; null to encode the text as it is.
+char* CodePageCopy(const char* text, int version, bool convertToCodePage) {
+  return version >= kFirstUtf8Version && convertToCodePage
+             ? CreateMBCSFromUTF8(text, true)
+             : nullptr;
 }
 
 }  // namespace
@@ -368,29 +247,33 @@ char* EscapedCopy(const VeskString& source, const ByteCodes& rule) {
 void VeskString::EncodeString(const char* text, int version, bool plusForSpace,
                               bool convertToCodePage) {
   if (text == nullptr) return;
-  const vesk::ScopedBlock converted(version >= 6 && convertToCodePage
-                                        ? CreateMBCSFromUTF8(text, true)
-                                        : nullptr);
-  AppendEncoded(*this, converted.get() != nullptr ? converted.get() : text,
-                plusForSpace ? vesk::kFormPlusCodes : vesk::kFormCodes);
+  const vesk::ScopedBlock converted(
+      CodePageCopy(text, version, convertToCodePage));
+  const char* const source =
+      converted.get() != nullptr ? converted.get() : text;
+  if (plusForSpace) {
+    AppendEncoded<vesk::FormPlusRule>(*this, source);
+  } else {
+    AppendEncoded<vesk::FormRule>(*this, source);
+  }
 }
 
 void VeskString::EncodeStringHighAscii(const char* text, int version) {
   if (text == nullptr) return;
-  const vesk::ScopedBlock converted(
-      version >= 6 ? CreateMBCSFromUTF8(text, true) : nullptr);
-  AppendEncoded(*this, converted.get() != nullptr ? converted.get() : text,
-                vesk::kAsciiCodes);
+  const vesk::ScopedBlock converted(CodePageCopy(text, version, true));
+  AppendEncoded<vesk::AsciiRule>(
+      *this, converted.get() != nullptr ? converted.get() : text);
 }
 
 char* VeskString::CreateEscapedCStr(bool strict) const {
-  return EscapedCopy(*this, strict ? vesk::kStrictCodes : vesk::kKeepAllCodes);
+  return strict ? EscapedCopy<vesk::StrictRule>(*this)
+                : EscapedCopy<vesk::KeepAllRule>(*this);
 }
 
 char* VeskString::CreateUpper128ASCIIEscapedCStr() const {
-  return EscapedCopy(*this, vesk::kAsciiCodes);
+  return EscapedCopy<vesk::AsciiRule>(*this);
 }
 
 char* VeskString::CreateEncodedUrl() const {
-  return EscapedCopy(*this, vesk::kUrlCodes);
+  return EscapedCopy<vesk::UrlRule>(*this);
 }

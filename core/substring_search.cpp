@@ -4,6 +4,7 @@
 // passed, the search goes on with a two-way scan, whose time is linear in
 // the text and needle lengths for every input. The block scan runs 32 places
 // a step, with AVX2 where the processor has it.
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -37,7 +38,7 @@ struct ExactBytes {
   static bool Equal(const char* a, const char* b, std::size_t n) {
     return SameBytes(a, b, n);
   }
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   static __m128i MapBlock(__m128i bytes) { return bytes; }
 #endif
 #if VESK_WITH_AVX2
@@ -50,21 +51,27 @@ struct FoldedBytes {
   static bool Equal(const char* a, const char* b, std::size_t n) {
     return vesk::FirstFoldedDifference(a, b, n) == n;
   }
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   static __m128i MapBlock(__m128i bytes) { return vesk::FoldBlock(bytes); }
 #endif
 #if VESK_WITH_AVX2
-  // FoldBlock on 32 bytes.
   VESK_TARGET_AVX2 static __m256i MapBlock32(__m256i bytes) {
-    const __m256i upper = vesk::InRange32(bytes, 'A', 26);
-    return _mm256_or_si256(bytes, _mm256_and_si256(upper, _mm256_set1_epi8(0x20)));
+    return vesk::FoldBlock32(bytes);
   }
 #endif
 };
 
-// The needle split at a critical point: the start of its greatest suffix
-// under one byte order or the reverse, whichever starts later, and the
-// period of that suffix. `ell` is the index just before the suffix.
+// Two-way string matching: M. Crochemore and D. Perrin, "Two-way
+// string-matching", Journal of the ACM 38(3), 1991, pages 651-675. The
+// needle is cut at a critical factorisation, found as the later start of
+// its greatest suffix under the byte order and under the reverse order
+// (the maximal-suffix computation of that paper). The scan then matches the
+// right part left to right and the left part right to left, and shifts by
+// the period or past the mismatch: time linear in the lengths of text and
+// needle, constant space.
+
+// The needle's critical factorisation: `ell` is the index just before the
+// right part, `period` the period of that suffix.
 struct Factorization {
   long ell;
   long period;
@@ -95,8 +102,8 @@ Factorization GreatestSuffix(const char* x, long m, bool reverse) {
   return {ms, p};
 }
 
-// The first match at or after `from` by the two-way scan. The text is
-// measured only as far as the window being checked.
+// The first match at or after `from` by two-way string matching. The text
+// is measured only as far as the window being checked.
 template <class Bytes>
 const char* TwoWay(const char* text, TextPrefix& prefix, std::size_t from,
                    const char* x, long m) {
@@ -168,7 +175,7 @@ struct Needle {
 
 // Block tests for candidate places, where the needle's first and last bytes
 // both fit: bit i of a mask stands for the place i bytes into the block.
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
 template <class Bytes>
 struct Blocks16 {
   static constexpr std::size_t kPlaces = 16;
@@ -231,7 +238,7 @@ struct Scan<Bytes, Width, Narrower...> {
     using Blocks = Width<Bytes>;
     constexpr std::size_t kPlaces = Blocks::kPlaces;
     if (end < kPlaces) return Scan<Bytes, Narrower...>::Run(text, at, end, n, check);
-    const auto check_all = [&](std::size_t block, std::uint32_t places) {
+    const auto checkAll = [&](std::size_t block, std::uint32_t places) {
       for (; places != 0; places &= places - 1) {
         if (check(block + __builtin_ctz(places))) return true;
       }
@@ -239,25 +246,25 @@ struct Scan<Bytes, Width, Narrower...> {
     };
     for (; end - at >= kPlaces; at += kPlaces) {
       const std::uint32_t places = Blocks::Hits(text + at, n);
-      if (places != 0 && check_all(at, places)) return true;
+      if (places != 0 && checkAll(at, places)) return true;
     }
     if (at == end) return false;
     const std::size_t block = end - kPlaces;
     const std::uint32_t places = Blocks::Hits(text + block, n) & ~0u << (at - block);
     at = end;
-    return places != 0 && check_all(block, places);
+    return places != 0 && checkAll(block, places);
   }
 };
 
 // Checks the candidate places in [at, end). True when the search is over:
 // at a match, in `found`, or, when checking has cost too much, with the
-// two-way scan to run from place `two_way`.
+// two-way scan to run from place `twoWay`.
 template <class Bytes, class Scanner>
 __attribute__((always_inline)) inline bool ScanPlaces(const char* text, const char* needle,
                                                       Needle n, std::size_t& at,
                                                       std::size_t end, std::size_t& checked,
                                                       const char*& found,
-                                                      std::size_t& two_way) {
+                                                      std::size_t& twoWay) {
   const auto check = [&](std::size_t place) {
     if (Bytes::Equal(text + place, needle, n.length)) {
       found = text + place;
@@ -265,7 +272,7 @@ __attribute__((always_inline)) inline bool ScanPlaces(const char* text, const ch
     }
     checked += n.length;
     if (checked <= kCheckAllowance + 2 * place) return false;
-    two_way = place + 1;
+    twoWay = place + 1;
     return true;
   };
   return Scanner::Run(text, at, end, n, check);
@@ -292,11 +299,11 @@ __attribute__((always_inline)) inline const char* FindAfterFirstStep(const char*
   std::size_t at = step - m + 1;
   while (prefix.Grow(m)) {
     const char* found = nullptr;
-    std::size_t two_way = 0;
+    std::size_t twoWay = 0;
     if (ScanPlaces<Bytes, Scanner>(text, needle, n, at, prefix.known() - m + 1, checked,
-                                   found, two_way)) {
+                                   found, twoWay)) {
       if (found != nullptr) return found;
-      return TwoWay<Bytes>(text, prefix, two_way, needle, static_cast<long>(m));
+      return TwoWay<Bytes>(text, prefix, twoWay, needle, static_cast<long>(m));
     }
   }
   return nullptr;
@@ -312,13 +319,13 @@ __attribute__((always_inline)) inline const char* FindFrom(const char* text,
   const std::size_t step = FirstStep(m);
   const std::size_t known = vesk::BoundedLength(text, step);
   if (known < m) return nullptr;
-  std::size_t at = 0, checked = 0, two_way = 0;
+  std::size_t at = 0, checked = 0, twoWay = 0;
   const char* found = nullptr;
   if (ScanPlaces<Bytes, typename Search::Scanner>(text, needle, NeedleOf<Bytes>(needle, m),
                                                   at, known - m + 1, checked, found,
-                                                  two_way)) {
+                                                  twoWay)) {
     if (found != nullptr) return found;
-    return TwoWayFrom<Bytes>(text, step, known, two_way, needle, m);
+    return TwoWayFrom<Bytes>(text, step, known, twoWay, needle, m);
   }
   if (known < step) return nullptr;
   return Search::Rest(text, needle, m, checked);
@@ -327,7 +334,7 @@ __attribute__((always_inline)) inline const char* FindFrom(const char* text,
 // The search with SSE2 blocks where the machine has them, bytes elsewhere.
 template <class Bytes>
 struct NarrowSearch {
-#if VESK_SCAN_SSE2
+#if VESK_WITH_SSE2
   using Scanner = Scan<Bytes, Blocks16Pair, Blocks16>;
 #else
   using Scanner = Scan<Bytes>;
@@ -365,6 +372,8 @@ struct WideSearch {
 // saves no register that only one of them uses.
 template <class Bytes>
 const char* Find(const char* text, const char* needle) {
+  // A needle that is neither null nor empty needs a text.
+  assert(text != nullptr || needle == nullptr || needle[0] == '\0');
 #if VESK_WITH_AVX2
   if (vesk::g_hasAvx2) return WideSearch<Bytes>::Find(text, needle);
 #endif

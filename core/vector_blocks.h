@@ -1,11 +1,14 @@
 // Module-internal helpers of the block scans: 16-byte forms with SSE2, which
 // every x86-64 processor has, and 32-byte forms with AVX2, built where the
-// compiler can and run where the processor can. VESK_NO_AVX2 leaves the
-// AVX2 forms out, so that the SSE2 forms can be tested on any machine.
+// compiler can and run where the processor can. VESK_WITH_SSE2 and
+// VESK_WITH_AVX2 are the one test of which forms are built. VESK_NO_AVX2
+// leaves the AVX2 forms out, so that the SSE2 forms can be tested on any
+// machine.
 #ifndef VESK_CORE_VECTOR_BLOCKS_H
 #define VESK_CORE_VECTOR_BLOCKS_H
 
 #if defined(__SSE2__)
+#define VESK_WITH_SSE2 1
 #include <emmintrin.h>
 
 namespace vesk {
@@ -29,7 +32,7 @@ inline __m128i InRange(__m128i bytes, unsigned char low, int count) {
 }  // namespace vesk
 #endif
 
-#if defined(__SSE2__) && defined(__x86_64__) && defined(__GNUC__) && \
+#if VESK_WITH_SSE2 && defined(__x86_64__) && defined(__GNUC__) && \
     !defined(VESK_NO_AVX2)
 #define VESK_WITH_AVX2 1
 #define VESK_TARGET_AVX2 __attribute__((target("avx2")))

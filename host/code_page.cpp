@@ -57,6 +57,7 @@ constexpr CodePage kCodePages[] = {
 };
 
 std::atomic<const CodePage*> g_codePage{&kCodePages[0]};
+std::atomic<void (*)(unsigned char)> g_widthObserver{nullptr};
 
 // One pair of converters per thread for the current code page, opened on
 // first use: opening one costs far more than a short conversion.
@@ -154,7 +155,13 @@ char* CreateMBCSFromUTF8(const char* utf8, bool /*terminate*/) {
 }
 
 int PlayerBytesInChar(unsigned char lead) {
+  auto* const observer = g_widthObserver.load(std::memory_order_relaxed);
+  if (observer != nullptr) observer(lead);
   return g_codePage.load()->width[lead];
+}
+
+void ObservePlayerBytesInChar(void (*observer)(unsigned char lead)) {
+  g_widthObserver.store(observer);
 }
 
 namespace vesk_host {

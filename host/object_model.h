@@ -48,8 +48,9 @@ class ScriptAtom {
   double Number() const { return m_number; }
   const std::string& StringData() const { return m_string; }
 
-  // A host heap copy (option 1) of a string atom's bytes; null for any
-  // other kind and when the heap gives no block.
+  // A host heap copy of a string atom's bytes, requested with
+  // kMayReturnNull; null for any other kind and when the heap gives no
+  // block.
   char* Get8BitCopyOfStringData() const;
 
  private:
@@ -124,8 +125,8 @@ class CorePlayer {
   // Names and values of variable encoding go to the host code page.
   bool convertToCodePage = false;
 
-  // The text of a value as a host heap text (option 1), or null when the
-  // heap gives no block.
+  // The text of a value as a host heap text, requested with kMayReturnNull;
+  // null when the heap gives no block.
   char* ToString(const ScriptAtom& value);
 };
 

@@ -21,15 +21,24 @@ char* ConvertDoubleToString(double value);
 bool SetHostCodePage(const char* name);
 const char* HostCodePage();
 
-// `utf8` in the host code page as a host heap text (option 1), characters
-// the code page cannot hold as '?'. Null for a null text, for text that is
-// not valid UTF-8 (the caller then uses the raw bytes), and when the heap
-// gives no block. The module always passes true for `terminate`; the text
-// returned is NUL-terminated either way.
+// The first content version whose texts are UTF-8; texts of earlier
+// versions are in the host code page already.
+constexpr int kFirstUtf8Version = 6;
+
+// `utf8` in the host code page as a host heap text requested with
+// kMayReturnNull, characters the code page cannot hold as '?'. Null for a
+// null text, for text that is not valid UTF-8 (the caller then uses the
+// raw bytes), and when the heap gives no block. The module always passes
+// true for `terminate`; the text returned is NUL-terminated either way.
 char* CreateMBCSFromUTF8(const char* utf8, bool terminate);
 
 // The byte count of the code-page character that begins with `lead`: 1 in
 // single-byte code pages and for bytes that lead no longer character.
 int PlayerBytesInChar(unsigned char lead);
+
+// Calls `observer` with every byte that PlayerBytesInChar is asked about,
+// before it answers, so that a test can see which calls a caller makes;
+// null, the default, calls nothing. One process-wide setting.
+void ObservePlayerBytesInChar(void (*observer)(unsigned char lead));
 
 #endif  // VESK_HOST_TEXT_SERVICES_H

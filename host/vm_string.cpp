@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "memory_manager.h"
+#include "text_services.h"
 #include "utf.h"
 
 namespace marlo {
@@ -40,6 +41,7 @@ VeskString16::VeskString16(CorePlayer* /*player*/, const char* text,
                            int version) {
   if (text == nullptr) return;
   const std::size_t length = std::strlen(text);
-  m_rep.m_units = version >= 6 ? vesk_host::Utf8ToUtf16(text, length)
-                               : vesk_host::CodePageToUtf16(text, length);
+  m_rep.m_units = version >= kFirstUtf8Version
+                      ? vesk_host::Utf8ToUtf16(text, length)
+                      : vesk_host::CodePageToUtf16(text, length);
 }

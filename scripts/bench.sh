@@ -20,13 +20,10 @@ fi
 
 # Many short repetitions in random order, so that the slow spells of a
 # shared machine fall on every row alike rather than on one side of a
-# comparison. The spells last from a tenth of a second to seconds. With all
-# rows in one process, a round of repetitions took over a second, and a
-# row's median could fall in the slow spells while its peer's fell in the
-# fast ones (the URL search read 1.13 to 1.68 of strstr over runs of
-# unchanged code). So each group of rows that are set against each other,
-# one operation on one input, runs in a process of its own: its rounds take
-# tens of milliseconds, and a row and its peers see the same spells.
+# comparison. Each group of rows that are set against each other, one
+# operation on one input, runs in a process of its own, so that its rounds
+# are short and a row and its peers see the same spells. Why, with the
+# figures that showed it: docs/PERFORMANCE.md, "Method".
 repetitions=100
 results=build/bench/results
 rm -rf "$results"

@@ -1,0 +1,72 @@
+// The escaped copies ask the host for a character's width once, at its lead
+// byte, in text order, and for no other byte.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
+#include "host/text_services.h"
+
+namespace {
+
+// The default host's observer sees every PlayerBytesInChar call, so the
+// test counts the module's real calls without a host of its own.
+std::string g_asked;
+void Record(unsigned char lead) { g_asked += static_cast<char>(lead); }
+
+std::string Repeat(const std::string& piece, int times) {
+  std::string text;
+  for (int i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+struct Case {
+  const char* page;
+  std::string text;   // may hold a NUL, which ends the walk
+  std::string asked;  // the bytes PlayerBytesInChar is called with, in order
+};
+
+TEST(EscapedCopyWidthCallsTest, OneCallPerCharacterAtItsLeadByte) {
+  const Case cases[] = {
+      {"windows-1252", "a b", "a b"},
+      {"shift_jis", "a\x83\\z", "a\x83z"},
+      {"shift_jis", "\x83\x83\x83", "\x83\x83"},
+      {"shift_jis", "x\x83", "x\x83"},  // cut short by the NUL
+      {"shift_jis", std::string("ab\0\x83z", 5), "ab"},
+      {"utf-8", "\xE2\x82\xAC!\xF0\x9F\x98\x80", "\xE2!\xF0"},
+      {"windows-1252", std::string(1000, 'q'), std::string(1000, 'q')},
+      {"shift_jis", Repeat("abcdefghijklmno\x83\x5C", 40),
+       Repeat("abcdefghijklmno\x83", 40)},
+  };
+  const auto strict = [](const VeskString& s) {
+    return s.CreateEscapedCStr(true);
+  };
+  const auto lenient = [](const VeskString& s) {
+    return s.CreateEscapedCStr(false);
+  };
+  const auto upper = [](const VeskString& s) {
+    return s.CreateUpper128ASCIIEscapedCStr();
+  };
+  const auto url = [](const VeskString& s) { return s.CreateEncodedUrl(); };
+  using Copier = char* (*)(const VeskString&);
+  const Copier copiers[] = {strict, lenient, upper, url};
+  const std::string previousPage = HostCodePage();
+  for (const Case& c : cases) {
+    ASSERT_TRUE(SetHostCodePage(c.page));
+    VeskString source;
+    for (char byte : c.text) source.AppendChar(byte);
+    for (int copier = 0; copier < 4; ++copier) {
+      g_asked.clear();
+      ObservePlayerBytesInChar(Record);
+      char* copy = copiers[copier](source);
+      ObservePlayerBytesInChar(nullptr);
+      Pelgc::SystemDelete(copy);
+      EXPECT_EQ(g_asked, c.asked) << c.page << " copier " << copier
+                                  << " text of " << c.text.size() << " bytes";
+    }
+  }
+  SetHostCodePage(previousPage.c_str());
+}
+
+}  // namespace
