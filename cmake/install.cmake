@@ -48,9 +48,9 @@ file(RELATIVE_PATH vesk_pc_to_prefix
 string(REGEX REPLACE "/$" "" vesk_pc_to_prefix "${vesk_pc_to_prefix}")
 foreach(vesk_pc_name vesktext vesktext-core)
   if(vesk_pc_name STREQUAL vesktext)
-    set(vesk_pc_description "the text module with its default host")
+    set(vesk_pc_description "The text module with its default host")
   else()
-    set(vesk_pc_description "the text module alone; the caller links a host")
+    set(vesk_pc_description "The text module alone; the caller links a host")
   endif()
   configure_file(cmake/vesktext.pc.in ${PROJECT_BINARY_DIR}/${vesk_pc_name}.pc
     @ONLY)
