@@ -33,13 +33,13 @@ Pelgc::GCHeap g_heap;
 namespace Pelgc {
 
 void* SystemNew(unsigned long size, FixedMallocOpts opts) {
-  const std::size_t rounded = (size + kAlign - 1) / kAlign * kAlign;
-  if (size == 0 || rounded > kArenaBytes - g_used) {
+  if (size == 0 || size > kArenaBytes - g_used) {
     if (opts == kMayReturnNull) return nullptr;
     throw std::bad_alloc();
   }
+  // What is left is a multiple of 16 bytes too, so the rounded size fits.
   void* block = g_arena + g_used;
-  g_used += rounded;
+  g_used += (size + kAlign - 1) / kAlign * kAlign;
   ++g_live;
   return block;
 }
