@@ -1,7 +1,10 @@
 # What `cmake --install` puts under the prefix: the public headers, the
-# library, a CMake package (find_package(VeskText) gives vesk::text) and a
-# pkg-config file (vesktext). Both package files locate the prefix from
-# where they are installed, so an installed tree can be moved.
+# libraries, the vesktext tool when it is built, a CMake package
+# (find_package(VeskText) gives vesk::text, vesk::core and
+# vesk::default_host) and two pkg-config files: vesktext (the module with
+# the default host) and vesktext-core (the module alone, for a runtime that
+# brings its own host). The package files locate the prefix from where they
+# are installed, so an installed tree can be moved.
 include(CMakePackageConfigHelpers)
 
 set(vesk_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/vesktext)
@@ -17,8 +20,11 @@ install(FILES
     host/vm_string.h
   DESTINATION ${vesk_include_dir}/host)
 
-install(TARGETS vesk_text EXPORT VeskTextTargets
+install(TARGETS vesk_core vesk_default_host vesk_text EXPORT VeskTextTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET vesktext)
+  install(TARGETS vesktext RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(EXPORT VeskTextTargets
   NAMESPACE vesk::
   FILE VeskTextTargets.cmake
@@ -40,6 +46,14 @@ install(FILES
 file(RELATIVE_PATH vesk_pc_to_prefix
   /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" vesk_pc_to_prefix "${vesk_pc_to_prefix}")
-configure_file(cmake/vesktext.pc.in ${PROJECT_BINARY_DIR}/vesktext.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/vesktext.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(vesk_pc_name vesktext vesktext-core)
+  if(vesk_pc_name STREQUAL vesktext)
+    set(vesk_pc_description "The text module with its default host")
+  else()
+    set(vesk_pc_description "The text module alone; the caller links a host")
+  endif()
+  configure_file(cmake/vesktext.pc.in ${PROJECT_BINARY_DIR}/${vesk_pc_name}.pc
+    @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${vesk_pc_name}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

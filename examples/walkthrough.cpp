@@ -40,6 +40,8 @@ int main() {
     form->SetVariable("$internal", ScriptAtom::FromBool(true));  // left out
     url.EncodeVariables(&player, form, 6, false);
     Show("with variables", url);
+    std::printf("%-22s $internal: names beginning with '$' are not sent\n",
+                "left out");
 
     // An escaped heap copy for the network layer, released by its receiver.
     char* request = url.CreateEncodedUrl();

@@ -12,7 +12,8 @@ seconds=${1:-600}
 scripts/setup.sh
 source scripts/sanitizer-flags.sh
 dir=build/fuzz
-echo "== fuzz: clang++ -fsanitize=fuzzer, $VESK_SANITIZER_FLAGS"
+echo "== fuzz: clang++ -fsanitize=fuzzer, $VESK_SANITIZER_FLAGS; build," \
+  "about 15 s, then each target for $seconds s"
 configure_sanitized "$dir" -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_EXAMPLES=OFF \
   -DVESK_BUILD_FUZZERS=ON
 
@@ -21,6 +22,7 @@ for target in text; do
   corpus=$dir/corpus/$target
   findings=$dir/findings/$target
   log=$dir/$target.log
+  echo "fuzz $target: running for $seconds s"
   rm -rf "$findings"
   mkdir -p "$corpus" "$findings"
   "$dir/fuzz/${target}_fuzzer" -fork=2 -max_total_time="$seconds" \

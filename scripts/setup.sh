@@ -1,14 +1,25 @@
 #!/usr/bin/env bash
-# Installs what the build, the tests and their checkers need, from Debian's
-# packages, when any of it is missing; given package names, those instead.
-# Needs root (or sudo) only when it has to install.
-#   usage: setup.sh [PACKAGE...]
+# Installs from Debian's packages what is missing of what the example needs
+# (--example) or of what the example and all the tests need (no argument);
+# given package names, those instead. It installs as root, through sudo
+# when there is sudo; without either it prints the command for root to run
+# and fails.
+#   usage: setup.sh [--example | PACKAGE...]
 set -euo pipefail
 
-# libclang-rt-14-dev: clang 14's sanitizer and libFuzzer runtimes.
-packages=(cmake ninja-build g++ clang libgtest-dev pkg-config libclang-rt-14-dev
+# The example: the build tools and the compiler.
+example_packages=(cmake ninja-build g++)
+# The tests besides: clang with its sanitizer and libFuzzer runtimes
+# (libclang-rt-14-dev) and its symbolizer (llvm-14), which puts function
+# names and lines in sanitizer and fuzzer reports; GoogleTest; pkg-config
+# for the package test; valgrind.
+test_packages=(clang libclang-rt-14-dev llvm-14 libgtest-dev pkg-config
   valgrind)
-[ $# -eq 0 ] || packages=("$@")
+case ${1:-} in
+  --example) packages=("${example_packages[@]}") ;;
+  '') packages=("${example_packages[@]}" "${test_packages[@]}") ;;
+  *) packages=("$@") ;;
+esac
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed" ||
@@ -16,9 +27,16 @@ for package in "${packages[@]}"; do
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 
-echo "setup: installing ${missing[*]}"
+install=(apt-get install -y -q --no-install-recommends "${missing[@]}")
 run_as_root=()
-[ "$(id -u)" -eq 0 ] || run_as_root=(sudo)
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "setup: missing ${missing[*]}; as root, run:" >&2
+    echo "  apt-get update && ${install[*]}" >&2
+    exit 1
+  fi
+  run_as_root=(sudo)
+fi
+echo "setup: installing ${missing[*]}"
 "${run_as_root[@]}" apt-get update -q
-"${run_as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-  apt-get install -y -q --no-install-recommends "${missing[@]}"
+"${run_as_root[@]}" env DEBIAN_FRONTEND=noninteractive "${install[@]}"

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs a build into a staging prefix inside it, then builds a program
-# against the staged install through find_package and through pkg-config
-# (from CMake, and on the compiler's command line) and runs each.
+# against the staged install through find_package (with vesk::text, and
+# with vesk::core and vesk::default_host) and through pkg-config (from
+# CMake, and on the compiler's command line with vesktext and with
+# vesktext-core plus the default host's library) and runs each.
 # The consumer is compiled with the build's own flags (a sanitizer build's
 # library needs the sanitizer runtime at link time).
 # usage: package_test.sh BUILD_DIR CMAKE CXX GENERATOR [CXX_FLAGS]
@@ -36,6 +38,8 @@ configure_and_build() {
 
 configure_and_build find_package
 check find_package "$work/find_package/consumer"
+configure_and_build find_package_split -DLINK_CORE_AND_HOST=ON
+check find_package_split "$work/find_package_split/consumer"
 
 # Only the staged install is visible to pkg-config.
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$stage" -name vesktext.pc)")
@@ -47,5 +51,11 @@ flags=$(pkg-config --cflags --libs vesktext)
 # shellcheck disable=SC2086  # flag lists split on purpose
 "$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags -o "$work/direct"
 check pkg_config_command_line "$work/direct"
+
+flags=$(pkg-config --cflags --libs vesktext-core)
+# shellcheck disable=SC2086  # flag lists split on purpose
+"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags \
+  -lvesktext-default-host -o "$work/direct_core"
+check pkg_config_core_command_line "$work/direct_core"
 
 "$stage/bin/vesktext" --version
