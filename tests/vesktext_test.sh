@@ -20,8 +20,8 @@ run() {
 fail() {
   failures=$((failures + 1))
   echo "FAIL: vesktext$(printf ' %q' "${@:2}"): $1"
-  echo "  status $status; stdout:"; od -c "$work/out" | sed 's/^/  /'
-  echo "  stderr:"; sed 's/^/  /' "$work/err"
+  echo "  status $status; stdout:"; od -c "$work/out" | sed 's/^/  /;20q'
+  echo "  stderr:"; sed 's/^/  /;5q' "$work/err"
 }
 
 # ok EXPECTED ARGS...: status 0, nothing on stderr, and standard output is
@@ -73,10 +73,18 @@ input=$'a b\n\nc\r\nlast' ok 'a+b\n\nc%0D\nlast' form
 input=$'x\xe9\n' ok 'x%E9' form
 input='' run form
 [ "$status" -eq 0 ] && [ ! -s "$work/out" ] || fail "expected no output" form
-input='ok\na\0b\n' run form
-[ "$status" -eq 1 ] && [ "$(cat "$work/out")" = ok ] &&
-  grep -qx 'vesktext: line 2 of standard input holds a NUL byte' "$work/err" ||
-  fail "expected a NUL byte to stop the run" form
+# nul OFFSET ARGS...: status 1 for a NUL at OFFSET of line 2, after line 1.
+nul() {
+  local offset=$1; shift
+  run "$@"
+  [ "$status" -eq 1 ] && [ "$(head -n 1 "$work/out")" = ok ] &&
+    grep -qx "vesktext: line 2 of standard input holds a NUL byte (at byte \
+offset $offset), which would end the text there" "$work/err" ||
+    fail "expected a NUL byte to stop the run" "$@"
+}
+input='ok\na\0b\n' nul 1 form
+a300k=$(head -c 300000 /dev/zero | tr '\0' a)
+input="ok\n$a300k\0"; nul 300000 url; input=''  # a long one goes unexported
 
 ok 'caf%E9 & x?' high 'café & xあ'
 ok 'caf%C3%A9' high --content-version=5 'café'
@@ -135,6 +143,49 @@ run strip --scheme http: ftp://x 'http:/y'
   fail "expected a missing scheme to fail" strip --scheme http: ftp://x 'http:/y'
 ok '42\n-17\n0\n7766279631452241919' parse 42abc -17 '' 99999999999999999999
 ok '0\n18446744073709551615' parse --unsigned -- -5 18446744073709551615
+
+# Long lines, beyond a piece: $work/p holds every byte value but NUL and
+# '\n', then UTF-8 leads whose characters take bytes below 0x40; $work/long
+# is 4096 of it on one line, cut at many places of it. Each command's output
+# for it must be 4096 times its output for $work/p alone.
+printf '%b' "$(printf '\\0%03o' {1..9} {11..255})"'\xf0!!!\xe0!!' >"$work/p"
+double() {  # 4096 copies of $1 in $2
+  local i; cp "$1" "$2"
+  for i in {1..12}; do cat "$2" "$2" >"$work/2x"; mv "$work/2x" "$2"; done
+}
+double "$work/p" "$work/long"
+# same WANT IN ARGS...: status 0, nothing on stderr, the file IN on standard
+# input, and the file WANT on standard output.
+same() {
+  local want=$1 in=$2; shift 2
+  "$tool" "$@" <"$in" >"$work/out" 2>"$work/err"
+  status=$? rows=$((rows + 1))
+  [ "$status" -eq 0 ] && [ ! -s "$work/err" ] && cmp -s "$work/out" "$want" ||
+    fail "expected the output in $(basename "$want")" "$@"
+}
+pages='windows-1252 shift_jis gbk big5 euc-kr utf-8'
+for page in $pages; do
+  for command in form 'form --convert' high escape 'escape --strict' upper128 url; do
+    "$tool" --codepage $page $command <"$work/p" | head -c -1 >"$work/one"
+    double "$work/one" "$work/want" && echo >>"$work/want"
+    same "$work/want" "$work/long" --codepage $page $command
+  done
+done
+
+# The number at the start of a line and the scheme after its whitespace,
+# in lines longer than a piece (262144 bytes): only the last 64 digits of a
+# number count, and here the scheme spans the first piece's end.
+digits=$(seq 60000 | tr -d '\n')
+input="$digits\n-${digits}x\n"
+ok "$("$tool" parse "${digits: -64}" "-${digits: -64}")" parse
+input="$(printf '%262141s')HTTP://x y"; ok 'x y' strip --scheme http:
+# In UTF-8, 0xF0 takes the three bytes after it, '!' too.
+printf "a$(printf '\\xf0!!!%.0s' {1..99999})" >"$work/in"
+printf 'a%s\n' "$(printf '%%F0%%21%%21%%21%.0s' {1..99999})" >"$work/want"
+for command in url escape; do
+  same "$work/want" "$work/in" --codepage utf-8 $command
+done
+input=''
 
 ok "vesktext $version" --version
 run --help

@@ -1,13 +1,8 @@
-// Option reading, text sources and output shared by the commands.
+// Option reading shared by the commands.
 #include <charconv>
-#include <cstdio>
-#include <cstring>
-#include <iostream>
-#include <new>
 
 #include "cli.h"
 #include "core/veskstring.h"
-#include "host/memory_manager.h"
 #include "host/text_services.h"
 
 namespace vesktext {
@@ -85,46 +80,14 @@ void SetCodePage(const std::string& name) {
   }
 }
 
+int ContentVersion(const Invocation& invocation) {
+  return invocation.IntOption("--content-version", kDefaultContentVersion);
+}
+
 bool ParseInt(const std::string& text, int* value) {
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, *value);
   return !text.empty() && result.ec == std::errc() && result.ptr == end;
-}
-
-void ForEachText(const std::vector<std::string>& operands,
-                 const std::function<void(const std::string&)>& each) {
-  if (!operands.empty()) {
-    for (const std::string& text : operands) each(text);
-    return;
-  }
-  std::string line;
-  for (unsigned long number = 1; std::getline(std::cin, line); ++number) {
-    if (line.find('\0') != std::string::npos) {
-      throw RunError("line " + std::to_string(number) +
-                     " of standard input holds a NUL byte");
-    }
-    each(line);
-  }
-  if (std::cin.bad()) throw RunError("cannot read standard input");
-}
-
-void PrintLine(const char* bytes, std::size_t n) {
-  if (n != 0) std::fwrite(bytes, 1, n, stdout);
-  std::fputc('\n', stdout);
-}
-
-void PrintLine(const VeskString& text) {
-  PrintLine(text.Text(), static_cast<std::size_t>(text.Length()));
-}
-
-void PrintHeapText(char* text, const std::string& source) {
-  if (text == nullptr) {
-    if (!source.empty()) throw std::bad_alloc();
-    PrintLine("", 0);
-    return;
-  }
-  PrintLine(text, std::strlen(text));
-  Pelgc::SystemDelete(text);
 }
 
 }  // namespace vesktext

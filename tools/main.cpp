@@ -18,7 +18,9 @@ namespace {
 constexpr const char kTextNote[] =
     "Each TEXT gives one line of output. With no TEXT, each line of\n"
     "standard input does, its bytes as they are (a '\\r' before the\n"
-    "newline included).\n";
+    "newline included), whatever its length. A NUL byte would end the\n"
+    "text there, so a line holding one is refused: the tool stops with\n"
+    "an error naming the line and the byte's offset in it.\n";
 
 const std::string kVersionOption =
     "  --content-version N  the content's version (default 6); content\n"
@@ -33,7 +35,10 @@ const std::vector<Command>& Commands() {
        "becomes '+', every other byte %XX.\n"
        "  --percent-space      a space becomes %20\n" +
            kVersionOption +
-           "  --convert            UTF-8 content goes to the code page\n",
+           "  --convert            UTF-8 content goes to the code page\n"
+           "A line that is not all UTF-8 goes unconverted, which shows\n"
+           "only at its end: a long line of more than ASCII then waits in\n"
+           "a temporary file.\n",
        {{"--percent-space", false},
         {"--content-version", true},
         {"--convert", false}},
@@ -263,6 +268,12 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vesktext: %s\n", error.what());
   } catch (const std::bad_alloc&) {
     std::fputs("vesktext: out of memory\n", stderr);
+  } catch (const Pelgc::ObjectTooLargeError&) {
+    std::fputs("vesktext: the result would be over 2 GiB, more than a "
+               "string holds\n", stderr);
+  } catch (const Pelgc::HeapAbortError&) {
+    std::fputs("vesktext: the result would be over 2 GiB, more than a "
+               "string holds\n", stderr);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vesktext: %s\n", error.what());
   }
