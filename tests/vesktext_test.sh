@@ -144,6 +144,16 @@ run strip --scheme http: ftp://x 'http:/y'
 ok '42\n-17\n0\n7766279631452241919' parse 42abc -17 '' 99999999999999999999
 ok '0\n18446744073709551615' parse --unsigned -- -5 18446744073709551615
 
+ok 'aA%4g%zz b%\n\xe9+ ~' decode --plus 'a%41%4g%zz+b%' '%E9%2b+%7e'
+ok 'a+b\0c' decode 'a+b%00c'
+input='ok%41\nx%4g\n' run decode --strict
+[ "$status" -eq 1 ] && [ "$(cat "$work/out")" = okA ] &&
+  grep -qx "vesktext: line 2 of standard input, column 2: '%' does not begin \
+an escape ('%' and two hex digits)" "$work/err" || fail "expected line 2, column 2" decode
+input="$a300k%%"; run decode --strict; input=''
+grep -q "^vesktext: line 1 of standard input, column 300001: " "$work/err" ||
+  fail "expected column 300001" decode --strict
+
 # Long lines, beyond a piece: $work/p holds every byte value but NUL and
 # '\n', then UTF-8 leads whose characters take bytes below 0x40; $work/long
 # is 4096 of it on one line, cut at many places of it. Each command's output
@@ -165,11 +175,35 @@ same() {
 }
 pages='windows-1252 shift_jis gbk big5 euc-kr utf-8'
 for page in $pages; do
-  for command in form 'form --convert' high escape 'escape --strict' upper128 url; do
+  for command in form 'form --convert' high escape 'escape --strict' upper128 url decode; do
     "$tool" --codepage $page $command <"$work/p" | head -c -1 >"$work/one"
     double "$work/one" "$work/want" && echo >>"$work/want"
     same "$work/want" "$work/long" --codepage $page $command
   done
+done
+
+# The way back: each byte value but NUL and '\n' on a line of its own, all
+# of them on one line, and the long line; and in UTF-8, a long line that
+# --convert takes to the code page, and one that a last byte keeps as it is.
+{ printf '%b\n' "$(printf '\\0%03o\\n' {1..9} {11..255})"; cat "$work/p"
+  echo; cat "$work/long"; echo; } >"$work/bytes"
+for page in $pages; do
+  for pair in 'form|decode --plus' 'url|decode' 'escape --strict|decode' \
+    'form --convert|decode --plus'; do
+    "$tool" --codepage $page ${pair%|*} <"$work/bytes" >"$work/coded"
+    same "$work/bytes" "$work/coded" ${pair#*|}
+  done
+done
+for row in 'windows-1252 CP1252 café à l’été €' 'shift_jis CP932 日本語 かな' \
+  'gbk CP936 中文 汉字' 'big5 CP950 中文 漢字' 'euc-kr CP949 한국어 글자' \
+  'utf-8 UTF-8 café あ'; do
+  read -r page iconvName text <<<"$row"
+  printf "$text %.0s" {1..30000} >"$work/text"
+  { cat "$work/text"; echo; cat "$work/text"; printf '\xff\n'; } >"$work/u8"
+  { iconv -f UTF-8 -t "$iconvName" "$work/text"; echo; cat "$work/text"
+    printf '\xff\n'; } >"$work/want"
+  "$tool" --codepage "$page" form --convert <"$work/u8" >"$work/coded"
+  same "$work/want" "$work/coded" decode --plus
 done
 
 # The number at the start of a line and the scheme after its whitespace,
@@ -190,7 +224,7 @@ input=''
 ok "vesktext $version" --version
 run --help
 [ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" || fail "expected the help" --help
-for command in form high escape upper128 url query format strip parse; do
+for command in form high escape upper128 url query format strip parse decode; do
   help "$command"
 done
 

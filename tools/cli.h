@@ -115,6 +115,7 @@ int RunQuery(const Invocation& invocation);
 int RunFormat(const Invocation& invocation);
 int RunStrip(const Invocation& invocation);
 int RunParse(const Invocation& invocation);
+int RunDecode(const Invocation& invocation);
 
 }  // namespace vesktext
 

@@ -76,6 +76,19 @@ const std::vector<Command>& Commands() {
        "characters of the code page as %XX.\n",
        {},
        RunUrl},
+      {"decode",
+       "decode [--plus] [--strict] [TEXT...]",
+       "the way back: percent escapes to their bytes",
+       "Writes each TEXT with every escape, '%' and two hex digits of\n"
+       "either case, as its byte; NUL and bytes from 0x80 up are written\n"
+       "as they are. A '%' that begins no escape stays. decode --plus\n"
+       "undoes form, decode undoes escape and url (but url keeps a '%',\n"
+       "so an escape already in its TEXT is decoded too).\n"
+       "  --plus    a '+' becomes a space, as in form bodies\n"
+       "  --strict  a '%' that begins no escape is an error naming its\n"
+       "            line and column\n",
+       {{"--plus", false}, {"--strict", false}},
+       RunDecode},
       {"query",
        "query [--no-question-mark] [--content-version N] [--convert] "
        "BASE [NAME=VALUE...]",
