@@ -115,8 +115,10 @@ usage 'no command given'
 usage "unknown option '--bogus'" --bogus form
 usage "unknown command 'nope'" nope
 usage "option '--codepage' needs a value" --codepage
-usage "unknown code page 'klingon' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8)" \
-  --codepage klingon form x
+usage "unknown code page 'klingon' (windows-1252, shift_jis, gbk, big5, euc-kr, \
+utf-8; see --help)" --codepage klingon form x
+usage "form: option '--content-version' takes a version of 0 or more, not '-1'" \
+  form --content-version -1 x
 usage "form: unknown option '--strict'" form --strict x
 usage "form: option '--content-version' needs a value" form --content-version
 usage "form: option '--content-version' takes an int, not '6a'" form --content-version 6a x
@@ -143,6 +145,14 @@ run strip --scheme http: ftp://x 'http:/y'
   fail "expected a missing scheme to fail" strip --scheme http: ftp://x 'http:/y'
 ok '42\n-17\n0\n7766279631452241919' parse 42abc -17 '' 99999999999999999999
 ok '0\n18446744073709551615' parse --unsigned -- -5 18446744073709551615
+
+# Code pages by any of their names, in any case.
+for row in 'cp1252,Windows-1252 é %E9' 'UTF8,Utf-8 é %C3%A9' \
+  'sjis,CP932,Shift_JIS あ %82%A0' 'cp936,GBK 中 %D6%D0' \
+  'CP950,BIG5 中 %A4%A4' 'cp949,EUC-KR 한 %C7%D1'; do
+  read -r names text want <<<"$row"
+  for name in ${names//,/ }; do ok "$want" --codepage "$name" form --convert "$text"; done
+done
 
 ok 'aA%4g%zz b%\n\xe9+ ~' decode --plus 'a%41%4g%zz+b%' '%E9%2b+%7e'
 ok 'a+b\0c' decode 'a+b%00c'
@@ -223,7 +233,8 @@ input=''
 
 ok "vesktext $version" --version
 run --help
-[ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" || fail "expected the help" --help
+[ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" &&
+  grep -q '^  shift_jis  *sjis cp932$' "$work/out" || fail "expected the help" --help
 for command in form high escape upper128 url query format strip parse decode; do
   help "$command"
 done

@@ -1,4 +1,4 @@
-// Option reading shared by the commands.
+// Option reading shared by the commands: options, code pages, numbers.
 #include <charconv>
 
 #include "cli.h"
@@ -73,15 +73,37 @@ Invocation Parse(const Command& command, const std::vector<std::string>& args) {
   return invocation;
 }
 
+const std::vector<CodePageNames>& CodePages() {
+  static const std::vector<CodePageNames> kCodePages = {
+      {"windows-1252", {"cp1252"}}, {"shift_jis", {"sjis", "cp932"}},
+      {"gbk", {"cp936"}},           {"big5", {"cp950"}},
+      {"euc-kr", {"cp949"}},        {"utf-8", {"utf8"}},
+  };
+  return kCodePages;
+}
+
 void SetCodePage(const std::string& name) {
-  if (!SetHostCodePage(name.c_str())) {
-    throw UsageError("unknown code page '" + name +
-                     "' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8)");
+  for (const CodePageNames& page : CodePages()) {
+    bool named = VeskStrICmp(name.c_str(), page.host) == 0;
+    for (const char* alias : page.aliases) {
+      named = named || VeskStrICmp(name.c_str(), alias) == 0;
+    }
+    if (named && SetHostCodePage(page.host)) return;
   }
+  throw UsageError("unknown code page '" + name +
+                   "' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8; "
+                   "see --help)");
 }
 
 int ContentVersion(const Invocation& invocation) {
-  return invocation.IntOption("--content-version", kDefaultContentVersion);
+  const int version =
+      invocation.IntOption("--content-version", kDefaultContentVersion);
+  if (version < 0) {
+    throw UsageError("option '--content-version' takes a version of 0 or "
+                     "more, not '" + invocation.options.at("--content-version") +
+                     "'");
+  }
+  return version;
 }
 
 bool ParseInt(const std::string& text, int* value) {

@@ -55,12 +55,21 @@ struct Command {
 // both give a value. --help (-h) and --codepage are every command's.
 Invocation Parse(const Command& command, const std::vector<std::string>& args);
 
-// Sets the host code page; an unknown name is a usage error.
+// A host code page by the host's name and the others it goes by.
+struct CodePageNames {
+  const char* host;
+  std::vector<const char*> aliases;
+};
+const std::vector<CodePageNames>& CodePages();
+
+// Sets the host code page, named in either case by any of its names; an
+// unknown name is a usage error.
 void SetCodePage(const std::string& name);
 
 // Content of version 6 and above is UTF-8: the default for text typed today.
 constexpr int kDefaultContentVersion = 6;
-// The --content-version given, or the default.
+// The --content-version given, or the default; a negative one is a usage
+// error.
 int ContentVersion(const Invocation& invocation);
 
 // Reads a whole decimal int, '-' allowed; false for anything else.

@@ -196,11 +196,19 @@ void PrintHelp(const Command* command) {
   }
   std::fputs(
       "\noptions:\n"
-      "  --codepage NAME  the host code page: windows-1252 (the default),\n"
-      "                   shift_jis, gbk, big5, euc-kr or utf-8\n"
+      "  --codepage NAME  the host code page, named in any case by any of\n"
+      "                   the names on its line below\n"
       "  --help, -h       this help, or after COMMAND that command's\n"
-      "  --version        the tool's version\n\n",
+      "  --version        the tool's version\n\n"
+      "code pages:\n",
       stdout);
+  for (const CodePageNames& page : CodePages()) {
+    std::printf("  %-12s", page.host);
+    for (const char* alias : page.aliases) std::printf(" %s", alias);
+    std::fputs(page.host == CodePages()[0].host ? "  (the default)\n" : "\n",
+               stdout);
+  }
+  std::fputc('\n', stdout);
   std::fputs(kTextNote, stdout);
   std::fputs("Exit status: 0 done, 1 a failure while running, 2 a usage\n"
              "error.\n",
