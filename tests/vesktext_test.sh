@@ -231,6 +231,12 @@ for command in url escape; do
 done
 input=''
 
+# A terminal is told where the lines come from.
+script -qec "$tool form 2>$work/err" /dev/null </dev/null >/dev/null
+rows=$((rows + 1))
+[ "$(cat "$work/err")" = "vesktext: reading lines from standard input; end \
+them with Ctrl-D" ] || fail "expected the terminal to be told" form
+
 ok "vesktext $version" --version
 run --help
 [ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" &&

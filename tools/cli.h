@@ -99,7 +99,7 @@ std::string Where(const LinePiece& piece);
 // Feeds every operand, whole, or when there is none every line of standard
 // input, its '\n' taken off and its other bytes as they are, in pieces of
 // about kPieceSize bytes. A line holding a NUL byte is a run error naming
-// its place: no C text goes past one.
+// its place: no C text goes past one. Tells a terminal that lines are read.
 void ForEachLine(const std::vector<std::string>& operands,
                  const PieceFeed& feed);
 

@@ -145,6 +145,10 @@ void ForEachLine(const std::vector<std::string>& operands,
     }
     return;
   }
+  if (isatty(STDIN_FILENO)) {
+    std::fputs("vesktext: reading lines from standard input; end them "
+               "with Ctrl-D\n", stderr);
+  }
   InputLines(feed).Run();
 }
 
