@@ -260,6 +260,21 @@ int Run(const std::vector<std::string>& args, const Command** command) {
   return (*command)->run(invocation);
 }
 
+// What stopped a run, in the user's words: the host's own errors are not.
+std::string FailureMessage() {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return "out of memory";
+  } catch (const Pelgc::ObjectTooLargeError&) {
+    return "the result would be over 2 GiB, more than a string holds";
+  } catch (const Pelgc::HeapAbortError&) {
+    return "the result would be over 2 GiB, more than a string holds";
+  } catch (const std::exception& error) {
+    return error.what();  // a RunError, or the standard library's
+  }
+}
+
 // Every block the tool took from the host heap must be back by now.
 int CheckHeap(int status) {
   const unsigned long live = Pelgc::GetHeapStats().live;
@@ -285,18 +300,10 @@ int main(int argc, char** argv) {
                  command != nullptr ? ": " : "", error.what());
     PrintUsage(stderr, command);
     return 2;
-  } catch (const RunError& error) {
-    std::fprintf(stderr, "vesktext: %s\n", error.what());
-  } catch (const std::bad_alloc&) {
-    std::fputs("vesktext: out of memory\n", stderr);
-  } catch (const Pelgc::ObjectTooLargeError&) {
-    std::fputs("vesktext: the result would be over 2 GiB, more than a "
-               "string holds\n", stderr);
-  } catch (const Pelgc::HeapAbortError&) {
-    std::fputs("vesktext: the result would be over 2 GiB, more than a "
-               "string holds\n", stderr);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "vesktext: %s\n", error.what());
+  } catch (const std::exception&) {
+    const std::string message = FailureMessage();
+    std::fflush(stdout);  // the output before the failure comes first
+    std::fprintf(stderr, "vesktext: %s\n", message.c_str());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
     std::fputs("vesktext: cannot write standard output\n", stderr);

@@ -56,6 +56,7 @@ class Stripper {
     }
     const std::string what =
         piece.operand ? "'" + std::string(piece.text) + "'" : Where(piece);
+    std::fflush(stdout);  // after the lines before it
     std::fprintf(stderr, "vesktext: strip: %s does not start with '%s'\n",
                  what.c_str(), m_scheme);
     m_status = 1;
