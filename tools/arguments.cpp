@@ -99,9 +99,10 @@ int ContentVersion(const Invocation& invocation) {
   const int version =
       invocation.IntOption("--content-version", kDefaultContentVersion);
   if (version < 0) {
-    throw UsageError("option '--content-version' takes a version of 0 or "
-                     "more, not '" + invocation.options.at("--content-version") +
-                     "'");
+    throw UsageError(
+        "option '--content-version' takes a version of 0 or "
+        "more, not '" +
+        invocation.options.at("--content-version") + "'");
   }
   return version;
 }

@@ -71,8 +71,9 @@ class Decoder {
 
 int RunDecode(const Invocation& invocation) {
   Decoder decoder(invocation.Has("--plus"), invocation.Has("--strict"));
-  ForEachLine(invocation.operands,
-              [&decoder](const LinePiece& piece) { return decoder.Feed(piece); });
+  ForEachLine(invocation.operands, [&decoder](const LinePiece& piece) {
+    return decoder.Feed(piece);
+  });
   return 0;
 }
 

@@ -48,9 +48,8 @@ std::size_t AfterLowByte(const char* text, std::size_t n, Closes closes) {
 // For form encoding without conversion every byte is encoded alone, and
 // the fallback, the whole piece, is as good a cut as any.
 std::size_t ByteCut(const char* text, std::size_t n) {
-  const std::size_t cut = AfterLowByte(text, n, [](std::size_t) {
-    return true;
-  });
+  const std::size_t cut =
+      AfterLowByte(text, n, [](std::size_t) { return true; });
   return cut != 0 ? cut : n;
 }
 
@@ -129,7 +128,9 @@ std::size_t WriteFront(const LinePiece& piece, std::size_t cut, Write write) {
 class FormEncoder {
  public:
   FormEncoder(int version, bool plusForSpace, bool convert, bool high)
-      : m_version(version), m_plusForSpace(plusForSpace), m_high(high),
+      : m_version(version),
+        m_plusForSpace(plusForSpace),
+        m_high(high),
         m_converts(version > kBeforeUtf8 && convert) {}
 
   std::size_t Feed(const LinePiece& piece) {
@@ -205,7 +206,8 @@ class FormEncoder {
   // dropped for want of memory.
   void Encode(const char* text, std::size_t n, bool convert) {
     const std::size_t room = 3 * n + 2;
-    if (m_out == nullptr || static_cast<std::size_t>(m_out->Capacity()) < room) {
+    if (m_out == nullptr ||
+        static_cast<std::size_t>(m_out->Capacity()) < room) {
       m_out.reset();
       m_out = std::make_unique<VeskString>(static_cast<int>(room));
       if (static_cast<std::size_t>(m_out->Capacity()) < room) {
@@ -237,8 +239,9 @@ int PrintEscapedCopies(const Invocation& invocation,
                        char* (*create)(const VeskString& text)) {
   const Widths widths;
   ForEachLine(invocation.operands, [&](const LinePiece& piece) {
-    const std::size_t cut =
-        piece.lineEnd ? piece.size : CharacterCut(widths, piece.text, piece.size);
+    const std::size_t cut = piece.lineEnd
+                                ? piece.size
+                                : CharacterCut(widths, piece.text, piece.size);
     return WriteFront(piece, cut, [create](const char* text, std::size_t n) {
       const VeskString source(text);
       WriteHeapText(create(source), n == 0);
@@ -248,24 +251,24 @@ int PrintEscapedCopies(const Invocation& invocation,
 }
 
 int RunFormEncoder(const Invocation& invocation, FormEncoder encoder) {
-  ForEachLine(invocation.operands,
-              [&encoder](const LinePiece& piece) { return encoder.Feed(piece); });
+  ForEachLine(invocation.operands, [&encoder](const LinePiece& piece) {
+    return encoder.Feed(piece);
+  });
   return 0;
 }
 
 }  // namespace
 
 int RunForm(const Invocation& invocation) {
-  return RunFormEncoder(
-      invocation, FormEncoder(ContentVersion(invocation),
-                              !invocation.Has("--percent-space"),
-                              invocation.Has("--convert"), false));
+  return RunFormEncoder(invocation,
+                        FormEncoder(ContentVersion(invocation),
+                                    !invocation.Has("--percent-space"),
+                                    invocation.Has("--convert"), false));
 }
 
 int RunHigh(const Invocation& invocation) {
   return RunFormEncoder(
-      invocation,
-      FormEncoder(ContentVersion(invocation), false, true, true));
+      invocation, FormEncoder(ContentVersion(invocation), false, true, true));
 }
 
 int RunEscape(const Invocation& invocation) {

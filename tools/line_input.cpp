@@ -38,10 +38,12 @@ std::size_t Deliver(const PieceFeed& feed, LinePiece piece) {
   } catch (const std::bad_alloc&) {
     throw RunError(Where(piece) + ": no memory left for its result");
   } catch (const Pelgc::ObjectTooLargeError&) {
-    throw RunError(Where(piece) + ": its result would be over 2 GiB, more "
+    throw RunError(Where(piece) +
+                   ": its result would be over 2 GiB, more "
                    "than a string holds");
   } catch (const Pelgc::HeapAbortError&) {
-    throw RunError(Where(piece) + ": its result would be over 2 GiB, more "
+    throw RunError(Where(piece) +
+                   ": its result would be over 2 GiB, more "
                    "than a string holds");
   }
   piece.text[piece.size] = after;
@@ -76,7 +78,7 @@ class InputLines {
       if (got == 0) break;
       if (m_end == m_want) DeliverPiece();
     }
-    if (m_end > 0) Take(m_end, true);  // a last line without its '\n'
+    if (m_end > 0) Take(0, m_end, true);  // a last line without its '\n'
   }
 
  private:
@@ -84,9 +86,10 @@ class InputLines {
   // front are known to hold no '\n'.
   void DeliverLines(std::size_t scanned) {
     std::size_t begin = 0;
-    while (const void* found = std::memchr(&m_buffer[scanned], '\n',
-                                           m_end - scanned)) {
-      const std::size_t newline = static_cast<const char*>(found) - &m_buffer[0];
+    while (const void* found =
+               std::memchr(&m_buffer[scanned], '\n', m_end - scanned)) {
+      const std::size_t newline =
+          static_cast<const char*>(found) - &m_buffer[0];
       Take(begin, newline, true);
       ++m_line;
       m_offset = 0;
@@ -107,9 +110,6 @@ class InputLines {
     if (m_buffer.size() < m_want + 1) m_buffer.resize(m_want + 1);
   }
 
-  std::size_t Take(std::size_t end, bool lineEnd) {
-    return Take(0, end, lineEnd);
-  }
   std::size_t Take(std::size_t begin, std::size_t end, bool lineEnd) {
     return Deliver(m_feed, {&m_buffer[begin], end - begin, lineEnd, m_line,
                             m_offset, false});
@@ -122,8 +122,8 @@ class InputLines {
   }
 
   const PieceFeed& m_feed;
-  std::vector<char> m_buffer;  // one byte beyond the data for its NUL
-  std::size_t m_end = 0;       // bytes in the buffer
+  std::vector<char> m_buffer;       // one byte beyond the data for its NUL
+  std::size_t m_end = 0;            // bytes in the buffer
   std::size_t m_want = kPieceSize;  // bytes to have before a piece goes
   unsigned long m_line = 1;
   unsigned long m_offset = 0;  // of the buffer's front within its line
@@ -146,8 +146,10 @@ void ForEachLine(const std::vector<std::string>& operands,
     return;
   }
   if (isatty(STDIN_FILENO)) {
-    std::fputs("vesktext: reading lines from standard input; end them "
-               "with Ctrl-D\n", stderr);
+    std::fputs(
+        "vesktext: reading lines from standard input; end them "
+        "with Ctrl-D\n",
+        stderr);
   }
   InputLines(feed).Run();
 }

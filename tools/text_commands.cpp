@@ -141,8 +141,9 @@ int RunStrip(const Invocation& invocation) {
   const auto scheme = invocation.options.find("--scheme");
   Stripper stripper(scheme != invocation.options.end() ? scheme->second.c_str()
                                                        : nullptr);
-  ForEachLine(invocation.operands,
-              [&stripper](const LinePiece& piece) { return stripper.Feed(piece); });
+  ForEachLine(invocation.operands, [&stripper](const LinePiece& piece) {
+    return stripper.Feed(piece);
+  });
   return stripper.status();
 }
 
