@@ -22,6 +22,11 @@ constexpr const char kTextNote[] =
     "text there, so a line holding one is refused: the tool stops with\n"
     "an error naming the line and the byte's offset in it.\n";
 
+const std::string kConvertNote =
+    "Content that is not all UTF-8 goes unconverted. That shows only\n"
+    "at a line's end: till then a long line of more than ASCII waits\n"
+    "in a temporary file.\n";
+
 const std::string kVersionOption =
     "  --content-version N  the content's version (default 6); content\n"
     "                       of version 6 and above is UTF-8\n";
@@ -35,10 +40,8 @@ const std::vector<Command>& Commands() {
        "becomes '+', every other byte %XX.\n"
        "  --percent-space      a space becomes %20\n" +
            kVersionOption +
-           "  --convert            UTF-8 content goes to the code page\n"
-           "A line that is not all UTF-8 goes unconverted, which shows\n"
-           "only at its end: a long line of more than ASCII then waits in\n"
-           "a temporary file.\n",
+           "  --convert            UTF-8 content goes to the code page\n" +
+           kConvertNote,
        {{"--percent-space", false},
         {"--content-version", true},
         {"--convert", false}},
@@ -48,7 +51,7 @@ const std::vector<Command>& Commands() {
        "escape only the bytes 0x80 to 0xFF",
        "Escapes the bytes 0x80 to 0xFF of each TEXT as %XX and keeps the\n"
        "others. UTF-8 content goes to the code page first.\n" +
-           kVersionOption,
+           kVersionOption + kConvertNote,
        {{"--content-version", true}},
        RunHigh},
       {"escape",
