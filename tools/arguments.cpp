@@ -1,13 +1,8 @@
-// Option reading, text sources and output shared by the commands.
+// Option reading shared by the commands: options, code pages, numbers.
 #include <charconv>
-#include <cstdio>
-#include <cstring>
-#include <iostream>
-#include <new>
 
 #include "cli.h"
 #include "core/veskstring.h"
-#include "host/memory_manager.h"
 #include "host/text_services.h"
 
 namespace vesktext {
@@ -78,53 +73,44 @@ Invocation Parse(const Command& command, const std::vector<std::string>& args) {
   return invocation;
 }
 
+const std::vector<CodePageNames>& CodePages() {
+  static const std::vector<CodePageNames> kCodePages = {
+      {"windows-1252", {"cp1252"}}, {"shift_jis", {"sjis", "cp932"}},
+      {"gbk", {"cp936"}},           {"big5", {"cp950"}},
+      {"euc-kr", {"cp949"}},        {"utf-8", {"utf8"}},
+  };
+  return kCodePages;
+}
+
 void SetCodePage(const std::string& name) {
-  if (!SetHostCodePage(name.c_str())) {
-    throw UsageError("unknown code page '" + name +
-                     "' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8)");
+  for (const CodePageNames& page : CodePages()) {
+    bool named = VeskStrICmp(name.c_str(), page.host) == 0;
+    for (const char* alias : page.aliases) {
+      named = named || VeskStrICmp(name.c_str(), alias) == 0;
+    }
+    if (named && SetHostCodePage(page.host)) return;
   }
+  throw UsageError("unknown code page '" + name +
+                   "' (windows-1252, shift_jis, gbk, big5, euc-kr, utf-8; "
+                   "see --help)");
+}
+
+int ContentVersion(const Invocation& invocation) {
+  const int version =
+      invocation.IntOption("--content-version", kDefaultContentVersion);
+  if (version < 0) {
+    throw UsageError(
+        "option '--content-version' takes a version of 0 or "
+        "more, not '" +
+        invocation.options.at("--content-version") + "'");
+  }
+  return version;
 }
 
 bool ParseInt(const std::string& text, int* value) {
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, *value);
   return !text.empty() && result.ec == std::errc() && result.ptr == end;
-}
-
-void ForEachText(const std::vector<std::string>& operands,
-                 const std::function<void(const std::string&)>& each) {
-  if (!operands.empty()) {
-    for (const std::string& text : operands) each(text);
-    return;
-  }
-  std::string line;
-  for (unsigned long number = 1; std::getline(std::cin, line); ++number) {
-    if (line.find('\0') != std::string::npos) {
-      throw RunError("line " + std::to_string(number) +
-                     " of standard input holds a NUL byte");
-    }
-    each(line);
-  }
-  if (std::cin.bad()) throw RunError("cannot read standard input");
-}
-
-void PrintLine(const char* bytes, std::size_t n) {
-  if (n != 0) std::fwrite(bytes, 1, n, stdout);
-  std::fputc('\n', stdout);
-}
-
-void PrintLine(const VeskString& text) {
-  PrintLine(text.Text(), static_cast<std::size_t>(text.Length()));
-}
-
-void PrintHeapText(char* text, const std::string& source) {
-  if (text == nullptr) {
-    if (!source.empty()) throw std::bad_alloc();
-    PrintLine("", 0);
-    return;
-  }
-  PrintLine(text, std::strlen(text));
-  Pelgc::SystemDelete(text);
 }
 
 }  // namespace vesktext

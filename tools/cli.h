@@ -55,25 +55,64 @@ struct Command {
 // both give a value. --help (-h) and --codepage are every command's.
 Invocation Parse(const Command& command, const std::vector<std::string>& args);
 
-// Sets the host code page; an unknown name is a usage error.
+// A host code page by the host's name and the others it goes by.
+struct CodePageNames {
+  const char* host;
+  std::vector<const char*> aliases;
+};
+const std::vector<CodePageNames>& CodePages();
+
+// Sets the host code page, named in either case by any of its names; an
+// unknown name is a usage error.
 void SetCodePage(const std::string& name);
+
+// Content of version 6 and above is UTF-8: the default for text typed today.
+constexpr int kDefaultContentVersion = 6;
+// The --content-version given, or the default; a negative one is a usage
+// error.
+int ContentVersion(const Invocation& invocation);
 
 // Reads a whole decimal int, '-' allowed; false for anything else.
 bool ParseInt(const std::string& text, int* value);
 
-// Calls `each` with every operand in turn or, when there is none, with
-// every line of standard input, its '\n' taken off and its other bytes as
-// they are. A line holding a NUL byte is a run error: no text goes past one.
-void ForEachText(const std::vector<std::string>& operands,
-                 const std::function<void(const std::string&)>& each);
+// Lines are handed to the commands in pieces of about this many bytes.
+constexpr std::size_t kPieceSize = std::size_t{1} << 18;
 
-// Writes `n` bytes and a '\n' to standard output.
+// Bytes of one line, or of one TEXT operand, handed to a command.
+struct LinePiece {
+  char* text;            // text[size] is a NUL
+  std::size_t size;
+  bool lineEnd;          // the piece runs to the end of its line
+  unsigned long line;    // the line's number, or the TEXT's, from 1
+  unsigned long offset;  // bytes of the line before text[0]
+  bool operand;          // a TEXT rather than a line of standard input
+};
+
+// Takes bytes from the front of a piece and returns how many; a piece that
+// runs to the end of its line must be taken whole. What is left comes
+// again at the front of the next piece, with more bytes after it.
+using PieceFeed = std::function<std::size_t(const LinePiece& piece)>;
+
+// "line 3 of standard input" or "TEXT 2".
+std::string Where(const LinePiece& piece);
+
+// Feeds every operand, whole, or when there is none every line of standard
+// input, its '\n' taken off and its other bytes as they are, in pieces of
+// about kPieceSize bytes. A line holding a NUL byte is a run error naming
+// its place: no C text goes past one. Tells a terminal that lines are read.
+void ForEachLine(const std::vector<std::string>& operands,
+                 const PieceFeed& feed);
+
+// Writes `n` bytes to standard output, and the '\n' that ends a line.
+void Write(const char* bytes, std::size_t n);
+void EndLine(bool lineEnd);
+// Writes `n` bytes and a '\n'.
 void PrintLine(const char* bytes, std::size_t n);
 // The string's bytes up to Length(); a zeroed string prints an empty line.
 void PrintLine(const VeskString& text);
-// Prints a heap text from the module and releases it. Null prints an empty
-// line for an empty `source`; otherwise the heap gave no block.
-void PrintHeapText(char* text, const std::string& source);
+// Writes a heap text from the module and releases it. Null is nothing for
+// an empty source; otherwise the heap gave no block.
+void WriteHeapText(char* text, bool sourceEmpty);
 
 // The commands, one per module operation.
 int RunForm(const Invocation& invocation);
@@ -85,6 +124,7 @@ int RunQuery(const Invocation& invocation);
 int RunFormat(const Invocation& invocation);
 int RunStrip(const Invocation& invocation);
 int RunParse(const Invocation& invocation);
+int RunDecode(const Invocation& invocation);
 
 }  // namespace vesktext
 

@@ -18,7 +18,14 @@ namespace {
 constexpr const char kTextNote[] =
     "Each TEXT gives one line of output. With no TEXT, each line of\n"
     "standard input does, its bytes as they are (a '\\r' before the\n"
-    "newline included).\n";
+    "newline included), whatever its length. A NUL byte would end the\n"
+    "text there, so a line holding one is refused: the tool stops with\n"
+    "an error naming the line and the byte's offset in it.\n";
+
+const std::string kConvertNote =
+    "Content that is not all UTF-8 goes unconverted. That shows only\n"
+    "at a line's end: till then a long line of more than ASCII waits\n"
+    "in a temporary file.\n";
 
 const std::string kVersionOption =
     "  --content-version N  the content's version (default 6); content\n"
@@ -33,7 +40,8 @@ const std::vector<Command>& Commands() {
        "becomes '+', every other byte %XX.\n"
        "  --percent-space      a space becomes %20\n" +
            kVersionOption +
-           "  --convert            UTF-8 content goes to the code page\n",
+           "  --convert            UTF-8 content goes to the code page\n" +
+           kConvertNote,
        {{"--percent-space", false},
         {"--content-version", true},
         {"--convert", false}},
@@ -43,7 +51,7 @@ const std::vector<Command>& Commands() {
        "escape only the bytes 0x80 to 0xFF",
        "Escapes the bytes 0x80 to 0xFF of each TEXT as %XX and keeps the\n"
        "others. UTF-8 content goes to the code page first.\n" +
-           kVersionOption,
+           kVersionOption + kConvertNote,
        {{"--content-version", true}},
        RunHigh},
       {"escape",
@@ -71,6 +79,19 @@ const std::vector<Command>& Commands() {
        "characters of the code page as %XX.\n",
        {},
        RunUrl},
+      {"decode",
+       "decode [--plus] [--strict] [TEXT...]",
+       "the way back: percent escapes to their bytes",
+       "Writes each TEXT with every escape, '%' and two hex digits of\n"
+       "either case, as its byte; NUL and bytes from 0x80 up are written\n"
+       "as they are. A '%' that begins no escape stays. decode --plus\n"
+       "undoes form, decode undoes escape and url (but url keeps a '%',\n"
+       "so an escape already in its TEXT is decoded too).\n"
+       "  --plus    a '+' becomes a space, as in form bodies\n"
+       "  --strict  a '%' that begins no escape is an error naming its\n"
+       "            line and column\n",
+       {{"--plus", false}, {"--strict", false}},
+       RunDecode},
       {"query",
        "query [--no-question-mark] [--content-version N] [--convert] "
        "BASE [NAME=VALUE...]",
@@ -178,11 +199,19 @@ void PrintHelp(const Command* command) {
   }
   std::fputs(
       "\noptions:\n"
-      "  --codepage NAME  the host code page: windows-1252 (the default),\n"
-      "                   shift_jis, gbk, big5, euc-kr or utf-8\n"
+      "  --codepage NAME  the host code page, named in any case by any of\n"
+      "                   the names on its line below\n"
       "  --help, -h       this help, or after COMMAND that command's\n"
-      "  --version        the tool's version\n\n",
+      "  --version        the tool's version\n\n"
+      "code pages:\n",
       stdout);
+  for (const CodePageNames& page : CodePages()) {
+    std::printf("  %-12s", page.host);
+    for (const char* alias : page.aliases) std::printf(" %s", alias);
+    std::fputs(page.host == CodePages()[0].host ? "  (the default)\n" : "\n",
+               stdout);
+  }
+  std::fputc('\n', stdout);
   std::fputs(kTextNote, stdout);
   std::fputs("Exit status: 0 done, 1 a failure while running, 2 a usage\n"
              "error.\n",
@@ -234,6 +263,21 @@ int Run(const std::vector<std::string>& args, const Command** command) {
   return (*command)->run(invocation);
 }
 
+// What stopped a run, in the user's words: the host's own errors are not.
+std::string FailureMessage() {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return "out of memory";
+  } catch (const Pelgc::ObjectTooLargeError&) {
+    return "the result would be over 2 GiB, more than a string holds";
+  } catch (const Pelgc::HeapAbortError&) {
+    return "the result would be over 2 GiB, more than a string holds";
+  } catch (const std::exception& error) {
+    return error.what();  // a RunError, or the standard library's
+  }
+}
+
 // Every block the tool took from the host heap must be back by now.
 int CheckHeap(int status) {
   const unsigned long live = Pelgc::GetHeapStats().live;
@@ -259,12 +303,10 @@ int main(int argc, char** argv) {
                  command != nullptr ? ": " : "", error.what());
     PrintUsage(stderr, command);
     return 2;
-  } catch (const RunError& error) {
-    std::fprintf(stderr, "vesktext: %s\n", error.what());
-  } catch (const std::bad_alloc&) {
-    std::fputs("vesktext: out of memory\n", stderr);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "vesktext: %s\n", error.what());
+  } catch (const std::exception&) {
+    const std::string message = FailureMessage();
+    std::fflush(stdout);  // the output before the failure comes first
+    std::fprintf(stderr, "vesktext: %s\n", message.c_str());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
     std::fputs("vesktext: cannot write standard output\n", stderr);

@@ -1,6 +1,7 @@
-// The commands over text: encodings, escaped copies, queries, stripping and
+// The commands over text beside the encodings: queries, stripping and
 // number reading, each a thin layer over one module operation.
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "cli.h"
@@ -11,69 +12,108 @@ namespace vesktext {
 
 namespace {
 
-// Content of version 6 and above is UTF-8: the default for text typed today.
-constexpr int kDefaultContentVersion = 6;
+// strip, line by line in pieces: leading whitespace goes as it comes; the
+// scheme and its slashes are read once the first other byte and as many
+// bytes as they may take are in, or the line's end; the rest is copied.
+class Stripper {
+ public:
+  explicit Stripper(const char* scheme) : m_scheme(scheme) {}
 
-int ContentVersion(const Invocation& invocation) {
-  return invocation.IntOption("--content-version", kDefaultContentVersion);
-}
+  std::size_t Feed(const LinePiece& piece) {
+    const char* text = piece.text;
+    const std::size_t n = piece.size;
+    std::size_t from = 0;
+    if (m_state == State::kLead) {
+      from = static_cast<std::size_t>(StripWhitespace(text) - text);
+      if (from == n && !piece.lineEnd) return n;
+      if (m_scheme != nullptr && n - from < std::strlen(m_scheme) + 2 &&
+          !piece.lineEnd) {
+        return from;  // the scheme may go on in the next piece
+      }
+      from = Start(piece, from);
+    }
+    if (m_state == State::kCopy) Write(text + from, n - from);
+    if (piece.lineEnd) {
+      EndLine(m_state == State::kCopy);
+      m_state = State::kLead;
+    }
+    return n;
+  }
 
-// Prints, for each text, the heap text `create` makes of it.
-int PrintEscapedCopies(const Invocation& invocation,
-                       char* (*create)(const VeskString& text)) {
-  ForEachText(invocation.operands, [create](const std::string& text) {
-    const VeskString source(text.c_str());
-    PrintHeapText(create(source), text);
-  });
-  return 0;
-}
+  int status() const { return m_status; }
+
+ private:
+  enum class State { kLead, kCopy, kSkip };
+
+  // Steps over the scheme at text[from], if one is asked for; a line
+  // without it is reported and left out.
+  std::size_t Start(const LinePiece& piece, std::size_t from) {
+    m_state = State::kCopy;
+    if (m_scheme == nullptr) return from;
+    const char* rest = StripScheme(piece.text + from, m_scheme);
+    if (rest != nullptr) {
+      return static_cast<std::size_t>(StripAtMostTwoSlashes(rest) - piece.text);
+    }
+    const std::string what =
+        piece.operand ? "'" + std::string(piece.text) + "'" : Where(piece);
+    std::fflush(stdout);  // after the lines before it
+    std::fprintf(stderr, "vesktext: strip: %s does not start with '%s'\n",
+                 what.c_str(), m_scheme);
+    m_status = 1;
+    m_state = State::kSkip;
+    return piece.size;
+  }
+
+  const char* const m_scheme;
+  State m_state = State::kLead;
+  int m_status = 0;
+};
+
+// parse, line by line in pieces: the '-' and digits at the start of a line
+// are gathered and the rest of it skipped. Of a longer run of digits the
+// last 64 are enough: the module's value wraps modulo 2^64, and 10^64 is a
+// multiple of 2^64, so digits before them add nothing to it.
+class NumberReader {
+ public:
+  explicit NumberReader(bool isUnsigned) : m_isUnsigned(isUnsigned) {}
+
+  std::size_t Feed(const LinePiece& piece) {
+    for (std::size_t i = 0; m_reading && i < piece.size; ++i) {
+      const char c = piece.text[i];
+      if (c == '-' && piece.offset + i == 0) {
+        m_number += c;
+      } else if (c >= '0' && c <= '9') {
+        m_number += c;
+      } else {
+        m_reading = false;
+      }
+      const std::size_t sign = m_number[0] == '-' ? 1 : 0;
+      if (m_number.size() > sign + 2 * kDigitsKept) {
+        m_number.erase(sign, m_number.size() - sign - kDigitsKept);
+      }
+    }
+    if (piece.lineEnd) Print();
+    return piece.size;
+  }
+
+ private:
+  static constexpr std::size_t kDigitsKept = 64;
+
+  void Print() {
+    const char* text = m_number.c_str();
+    const std::string number = m_isUnsigned ? std::to_string(ToUInt64(text))
+                                            : std::to_string(ToInt64(text));
+    PrintLine(number.data(), number.size());
+    m_number.clear();
+    m_reading = true;
+  }
+
+  const bool m_isUnsigned;
+  std::string m_number;
+  bool m_reading = true;
+};
 
 }  // namespace
-
-int RunForm(const Invocation& invocation) {
-  const int version = ContentVersion(invocation);
-  const bool plusForSpace = !invocation.Has("--percent-space");
-  const bool convert = invocation.Has("--convert");
-  ForEachText(invocation.operands, [&](const std::string& text) {
-    VeskString encoded;
-    encoded.EncodeString(text.c_str(), version, plusForSpace, convert);
-    PrintLine(encoded);
-  });
-  return 0;
-}
-
-int RunHigh(const Invocation& invocation) {
-  const int version = ContentVersion(invocation);
-  ForEachText(invocation.operands, [version](const std::string& text) {
-    VeskString encoded;
-    encoded.EncodeStringHighAscii(text.c_str(), version);
-    PrintLine(encoded);
-  });
-  return 0;
-}
-
-int RunEscape(const Invocation& invocation) {
-  if (invocation.Has("--strict")) {
-    return PrintEscapedCopies(invocation, [](const VeskString& text) {
-      return text.CreateEscapedCStr(true);
-    });
-  }
-  return PrintEscapedCopies(invocation, [](const VeskString& text) {
-    return text.CreateEscapedCStr(false);
-  });
-}
-
-int RunUpper128(const Invocation& invocation) {
-  return PrintEscapedCopies(invocation, [](const VeskString& text) {
-    return text.CreateUpper128ASCIIEscapedCStr();
-  });
-}
-
-int RunUrl(const Invocation& invocation) {
-  return PrintEscapedCopies(invocation, [](const VeskString& text) {
-    return text.CreateEncodedUrl();
-  });
-}
 
 int RunQuery(const Invocation& invocation) {
   const std::vector<std::string>& operands = invocation.operands;
@@ -99,32 +139,18 @@ int RunQuery(const Invocation& invocation) {
 
 int RunStrip(const Invocation& invocation) {
   const auto scheme = invocation.options.find("--scheme");
-  int status = 0;
-  ForEachText(invocation.operands, [&](const std::string& text) {
-    const char* rest = StripWhitespace(text.c_str());
-    if (scheme != invocation.options.end()) {
-      rest = StripAtMostTwoSlashes(StripScheme(rest, scheme->second.c_str()));
-    }
-    if (rest == nullptr) {
-      std::fprintf(stderr, "vesktext: strip: '%s' does not start with '%s'\n",
-                   text.c_str(), scheme->second.c_str());
-      status = 1;
-      return;
-    }
-    PrintLine(rest,
-              text.size() - static_cast<std::size_t>(rest - text.c_str()));
+  Stripper stripper(scheme != invocation.options.end() ? scheme->second.c_str()
+                                                       : nullptr);
+  ForEachLine(invocation.operands, [&stripper](const LinePiece& piece) {
+    return stripper.Feed(piece);
   });
-  return status;
+  return stripper.status();
 }
 
 int RunParse(const Invocation& invocation) {
-  const bool isUnsigned = invocation.Has("--unsigned");
-  ForEachText(invocation.operands, [isUnsigned](const std::string& text) {
-    const char* c_text = text.c_str();
-    const std::string number = isUnsigned ? std::to_string(ToUInt64(c_text))
-                                          : std::to_string(ToInt64(c_text));
-    PrintLine(number.data(), number.size());
-  });
+  NumberReader reader(invocation.Has("--unsigned"));
+  ForEachLine(invocation.operands,
+              [&reader](const LinePiece& piece) { return reader.Feed(piece); });
   return 0;
 }
 
