@@ -21,14 +21,13 @@ std::string Repeat(const std::string& piece, int times) {
   return text;
 }
 
-struct Case {
-  const char* page;
-  std::string text;   // may hold a NUL, which ends the walk
-  std::string asked;  // the bytes PlayerBytesInChar is called with, in order
-};
-
 TEST(EscapedCopyWidthCallsTest, OneCallPerCharacterAtItsLeadByte) {
-  const Case cases[] = {
+  // Code page, text (a NUL in it ends the walk), and the bytes that
+  // PlayerBytesInChar must be asked about, in order.
+  const struct {
+    const char* page;
+    std::string text, asked;
+  } cases[] = {
       {"windows-1252", "a b", "a b"},
       {"shift_jis", "a\x83\\z", "a\x83z"},
       {"shift_jis", "\x83\x83\x83", "\x83\x83"},
@@ -39,31 +38,22 @@ TEST(EscapedCopyWidthCallsTest, OneCallPerCharacterAtItsLeadByte) {
       {"shift_jis", Repeat("abcdefghijklmno\x83\x5C", 40),
        Repeat("abcdefghijklmno\x83", 40)},
   };
-  const auto strict = [](const VeskString& s) {
-    return s.CreateEscapedCStr(true);
-  };
-  const auto lenient = [](const VeskString& s) {
-    return s.CreateEscapedCStr(false);
-  };
-  const auto upper = [](const VeskString& s) {
-    return s.CreateUpper128ASCIIEscapedCStr();
-  };
-  const auto url = [](const VeskString& s) { return s.CreateEncodedUrl(); };
-  using Copier = char* (*)(const VeskString&);
-  const Copier copiers[] = {strict, lenient, upper, url};
   const std::string previousPage = HostCodePage();
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     ASSERT_TRUE(SetHostCodePage(c.page));
     VeskString source;
     for (char byte : c.text) source.AppendChar(byte);
     for (int copier = 0; copier < 4; ++copier) {
       g_asked.clear();
       ObservePlayerBytesInChar(Record);
-      char* copy = copiers[copier](source);
+      char* copy = copier == 0   ? source.CreateEscapedCStr(true)
+                   : copier == 1 ? source.CreateEscapedCStr(false)
+                   : copier == 2 ? source.CreateUpper128ASCIIEscapedCStr()
+                                 : source.CreateEncodedUrl();
       ObservePlayerBytesInChar(nullptr);
       Pelgc::SystemDelete(copy);
-      EXPECT_EQ(g_asked, c.asked) << c.page << " copier " << copier
-                                  << " text of " << c.text.size() << " bytes";
+      EXPECT_EQ(g_asked, c.asked) << c.page << ", copier " << copier << ", "
+                                  << c.text.size() << " bytes";
     }
   }
   SetHostCodePage(previousPage.c_str());
