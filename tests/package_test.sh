@@ -15,19 +15,7 @@ stage="$work/stage"
 rm -rf "$work"
 "$cmake" --install "$build" --prefix "$stage" >/dev/null
 
-expected='Ann+Lee+%26+co http://example.com/a%20b'
-check() {
-  local output
-  output=$("$2") || {
-    echo "$1: exit status $?"
-    exit 1
-  }
-  [ "$output" = "$expected" ] || {
-    echo "$1: printed '$output', expected '$expected'"
-    exit 1
-  }
-  echo "$1: ok"
-}
+source "$(dirname "$0")/consumer_check.sh"
 
 configure_and_build() {
   "$cmake" -S "$consumer" -B "$work/$1" -G "$generator" \

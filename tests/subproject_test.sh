@@ -9,7 +9,7 @@ tests=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$work"
 mkdir -p "$work"
 
-expected='Ann+Lee+%26+co http://example.com/a%20b'
+source "$tests/consumer_check.sh"
 for way in add_subdirectory fetch_content; do
   dir="$work/$way"
   fetch=OFF
@@ -22,15 +22,7 @@ for way in add_subdirectory fetch_content; do
     exit 1
   }
   for program in consumer_text consumer_split; do
-    output=$("$dir/$program") || {
-      echo "$way $program: exit status $?"
-      exit 1
-    }
-    [ "$output" = "$expected" ] || {
-      echo "$way $program: printed '$output', expected '$expected'"
-      exit 1
-    }
-    echo "$way $program: ok"
+    check "$way $program" "$dir/$program"
   done
   "$cmake" --install "$dir" --prefix "$dir/stage" >/dev/null
   [ ! -e "$dir/stage" ] || {
