@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "host/vm_string.h"
@@ -69,7 +70,9 @@ TEST(CTextTest, ComparisonsAcrossBlockEdges) {
 // Texts whose lengths straddle the block widths and the first measured
 // step, with needles of every comparison width and one long enough that
 // near misses hand over to the two-way scan; a needle is planted at the
-// last place it fits.
+// last place it fits. Then many near misses, so that the search changes
+// method part-way, and a window that fits but for its first byte right
+// before the match.
 TEST(CTextTest, SearchesAcrossBlockEdges) {
   const std::string kNeedles[] = {
       "q", "qZ", "qzq", "qzzq", "qQzqzzq", std::string(15, 'q') + "z",
@@ -90,6 +93,13 @@ TEST(CTextTest, SearchesAcrossBlockEdges) {
       }
       CheckAll(text, needle, 'Z');
       CheckAll(planted, needle, 'Q');
+    }
+  }
+  std::string ab;
+  while (ab.size() < 80) ab += "ab";
+  for (; ab.size() < 240; ab += "ab") {
+    for (const char* needle : {"aaaaaaaaab", "AAAAAAAAAB"}) {
+      CheckAll(ab + "baaaaaaaab" + "aaaaaaaaab", needle, 'b');
     }
   }
 }
@@ -126,19 +136,6 @@ TEST(CTextTest, DocumentedEdges) {
   }
 }
 
-// Many near-misses first, so that the search changes method part-way; then
-// a window that fits but for its first byte, right before the match.
-TEST(CTextTest, MatchRightAfterANearMissInALongText) {
-  for (std::size_t pairs = 40; pairs < 120; ++pairs) {
-    std::string text;
-    for (std::size_t i = 0; i < pairs; ++i) text += "ab";
-    const long at = static_cast<long>(text.size()) + 10;
-    Guarded8 h(text + "baaaaaaaab" + "aaaaaaaaab");
-    EXPECT_EQ(VeskStrStr(h.get(), "aaaaaaaaab"), h.get() + at) << pairs;
-    EXPECT_EQ(VeskStrCaseStr(h.get(), "AAAAAAAAAB"), h.get() + at) << pairs;
-  }
-}
-
 // Every byte before an 'x': only the six C-locale blanks are stepped over,
 // in any locale the process sets.
 TEST(CTextTest, WhitespaceIgnoresTheProcessLocale) {
@@ -162,24 +159,20 @@ TEST(CTextTest, WhitespaceIgnoresTheProcessLocale) {
 // Rows: a text, a count, and the value of the counted readers within it
 // and, for counts past the text, of every reader.
 TEST(CTextTest, NumberReaders) {
-  const struct {
-    const char* text;
-    unsigned long n;
-    long long value;
-  } kRows[] = {
+  const std::tuple<const char*, unsigned long, long long> kRows[] = {
       {"123x", 10, 123}, {"-45", 10, -45}, {"+5", 10, 0},   {" 5", 10, 0},
       {"-", 10, 0},      {"12345", 3, 123}, {"-12", 1, 0},  {"-12", 2, -1},
       {"99", 0, 0},      {"4294967296", 20, 4294967296},  // an int wraps to 0
       {"18446744073709551617", 30, 1}};                    // wraps in 64 bits
-  for (const auto& row : kRows) {
-    const auto counted = Guarded8::Counted(row.text, row.n);
-    EXPECT_EQ(ToInt64(counted.get(), row.n), row.value) << row.text << row.n;
-    EXPECT_EQ(ToInt(counted.get(), row.n), int(row.value)) << row.text << row.n;
-    if (row.n < 10) continue;
-    const Guarded8 text(row.text);
-    EXPECT_EQ(ToInt64(text.get()), row.value) << row.text;
-    EXPECT_EQ(ToInt(text.get()), int(row.value)) << row.text;
-    EXPECT_EQ(ToUInt64(text.get()), row.text[0] == '-' ? 0 : row.value);
+  for (const auto& [text, n, value] : kRows) {
+    const auto counted = Guarded8::Counted(text, n);
+    EXPECT_EQ(ToInt64(counted.get(), n), value) << text << n;
+    EXPECT_EQ(ToInt(counted.get(), n), int(value)) << text << n;
+    if (n < 10) continue;
+    const Guarded8 whole(text);
+    EXPECT_EQ(ToInt64(whole.get()), value) << text;
+    EXPECT_EQ(ToInt(whole.get()), int(value)) << text;
+    EXPECT_EQ(ToUInt64(whole.get()), text[0] == '-' ? 0 : value) << text;
   }
   EXPECT_EQ(ToInt(kNullText), 0);
   // Units whose low byte is a digit or the sign are neither.
