@@ -16,7 +16,6 @@
 
 namespace {
 
-using namespace std::string_literals;
 using vesk_test::Guarded16;
 using vesk_test::Guarded8;
 
