@@ -133,11 +133,9 @@ TEST(CTextTest, WhitespaceIgnoresTheProcessLocale) {
     if (std::setlocale(LC_ALL, name) == nullptr) continue;
     ++locales;
     for (int byte = 1; byte < 256; ++byte) {
-      const char c = static_cast<char>(byte);
-      const Guarded8 text(std::string{c, 'x'});
-      const bool blank = std::strchr("\t\n\v\f\r ", c) != nullptr;
-      EXPECT_EQ(StripWhitespace(text.get()), text.get() + blank)
-          << byte << name;
+      const Guarded8 text(std::string{char(byte), 'x'});
+      const bool skip = std::strchr("\t\n\v\f\r ", byte) != nullptr;
+      EXPECT_EQ(StripWhitespace(text.get()), text.get() + skip) << byte << name;
     }
   }
   std::setlocale(LC_ALL, saved.c_str());
