@@ -4,6 +4,7 @@
 // from it on. Only std::bad_alloc may pass; what is left must be a valid
 // string in the state that the operation names for a failure; and no block
 // may stay live once everything is released.
+#include <climits>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -46,11 +47,11 @@ Seen Look(char* text) {
   return {text != nullptr, text ? vesk_test::TakeHeapText(text) : "", 0};
 }
 
-// Runs the call under test of one run with the run's fault armed (none in
-// the counting run), counting the requests and noting a std::bad_alloc.
+// Runs the call under test of one run with the run's fault armed (one past
+// any request in the counting run), counting the requests and noting a
+// std::bad_alloc.
 struct Faulted {
-  bool armed = false;
-  unsigned long k = 0;  // 0: the first request fails
+  unsigned long k = ULONG_MAX;  // 0: the first request fails
   HeapFault fault = HeapFault::kReturnNull;
   bool persistent = false;
   mutable bool threw = false;
@@ -58,7 +59,7 @@ struct Faulted {
 
   void operator()(const std::function<void()>& call) const {
     const unsigned long before = Pelgc::GetHeapStats().requests;
-    if (armed) Pelgc::InjectHeapFault(k, fault, persistent);
+    Pelgc::InjectHeapFault(k, fault, persistent);
     try {
       call();
     } catch (const std::bad_alloc&) {
@@ -155,15 +156,12 @@ marlo::String* Vm(In in) {
 
 std::vector<Case> Cases() {
   return {
-      {kZeroed, MADE(S(in.c_str()))},
-      {kZeroed, MADE(S(Vm(in)))},
-      {kZeroed, MADE(S(int(in.size()) + 1))},
-      {kZeroed, MADE(S(source))},
+      {kZeroed, MADE(S(in.c_str()))}, {kZeroed, MADE(S(Vm(in)))},
+      {kZeroed, MADE(S(int(in.size()) + 1))}, {kZeroed, MADE(S(source))},
       {kZeroed, ON("ab", s.Set(in.c_str(), -1))},
       {kZeroed, ON("ab", s.Set(in.c_str(), int(in.size()) / 2))},
       {kZeroed, ON("ab", s.Set(Vm(in))), {}, 1},  // the UTF-8 view first
-      {kZeroed, ON("ab", s.Copy(source))},
-      {kZeroed, ON("ab", s = source)},
+      {kZeroed, ON("ab", s.Copy(source))}, {kZeroed, ON("ab", s = source)},
       {kZeroed, ON("ab", s = in.c_str())},
       {kDropped, ON("ab", for (char c : in) s.AppendChar(c);
                     if (in.size() >= 3) s.AppendThreeChars(in.c_str());
@@ -253,7 +251,7 @@ TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
       // Four runs a request: null, then std::bad_alloc; once, then on.
       const HeapFault kThrow = HeapFault::kThrowBadAlloc;
       for (unsigned long i = 0; i < 4 * counting.requests; ++i, ++faults) {
-        const Faulted run{true, i / 4, i % 2 ? kThrow : HeapFault::kReturnNull,
+        const Faulted run{i / 4, i % 2 ? kThrow : HeapFault::kReturnNull,
                           i % 4 >= 2};
         SCOPED_TRACE(testing::Message()
                      << c.op.call << " on " << in.size() << " bytes, request "
