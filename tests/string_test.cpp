@@ -240,13 +240,12 @@ TEST(StringTest, ComparisonsAndCharacterCodes) {
     VeskString a, b(row.b);
     if (row.a != nullptr) Put(a = "", row.bytesA);
     if (row.b == nullptr) b.Clear();
-    const std::string names =
-        row.bytesA + " and " + (row.b ? row.b : "(zeroed)");
-    EXPECT_EQ(a == b, row.order == "=") << names;
-    EXPECT_EQ(b == a, row.order == "=") << names;
-    EXPECT_EQ(a < b, row.order == "<") << names;
-    EXPECT_EQ(b < a, row.order == ">") << names;
-    EXPECT_TRUE(a == a && !(a < a) && a == a.Text()) << names;
+    SCOPED_TRACE(row.bytesA + " and " + (row.b ? row.b : "(zeroed)"));
+    EXPECT_EQ(a == b, row.order == "=");
+    EXPECT_EQ(b == a, row.order == "=");
+    EXPECT_EQ(a < b, row.order == "<");
+    EXPECT_EQ(b < a, row.order == ">");
+    EXPECT_TRUE(a == a && !(a < a) && a == a.Text());
     EXPECT_EQ(a == row.b, row.b ? row.order == "=" : row.a == nullptr);
   }
   const VeskString zeroed, a("A"), high("\xE9\xFF");
