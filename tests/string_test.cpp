@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "host/vm_string.h"
@@ -50,13 +51,8 @@ std::string EachByte(int upper = -1) {
   { name, [](VeskString& s) { __VA_ARGS__; }, State::state, bytes, capacity }
 
 TEST(StringTest, StatesTextsAndCapacities) {
-  const struct {
-    const char* name;
-    void (*act)(VeskString&);
-    State state;
-    std::string bytes;
-    int capacity;
-  } kRows[] = {
+  const std::tuple<const char*, void (*)(VeskString&), State, std::string, int>
+      kRows[] = {
       ROW("NullText", kSharedEmpty, "", 1, s = kNull),
       ROW("EmptyText", kSharedEmpty, "", 1, s = ""),
       ROW("LengthZero", kSharedEmpty, "", 1, s.Set("abc", 0)),
@@ -109,10 +105,10 @@ TEST(StringTest, StatesTextsAndCapacities) {
       ROW("ToLowerStopsAtANul", kOwn, "hello, world\0AB"s, 257,
           Put(s, "Hello, World\0AB"s); s.ToLower()),
   };
-  for (const auto& row : kRows) {
+  for (const auto& [name, act, state, bytes, capacity] : kRows) {
     VeskString s;
-    row.act(s);
-    ExpectString(s, row.state, row.bytes, row.capacity, row.name);
+    act(s);
+    ExpectString(s, state, bytes, capacity, name);
   }
   ExpectString(VeskString(10), State::kOwn, "", 10, "capacity 10");
   ExpectString(VeskString(0), State::kZeroed, "", 0, "capacity 0");
@@ -123,12 +119,7 @@ TEST(StringTest, StatesTextsAndCapacities) {
 // Rows: a buffer of `capacity` bytes holding `length` bytes, and what it
 // grows to on an append by AppendChar or by one AppendString.
 TEST(StringTest, GrowthRule) {
-  const struct {
-    int capacity, length;
-    std::string appended;
-    bool asChars;
-    int grown;
-  } kRows[] = {
+  const std::tuple<int, int, std::string, bool, int> kRows[] = {
       {1023, 1022, "b", true, 1279},    {1024, 1023, "b", true, 1536},
       {7777, 7776, "b", true, 11665},   {10, 0, "123456789", true, 10},
       {10, 0, "1234567890", true, 266}, {10, 0, "123456789", false, 266},
@@ -162,11 +153,7 @@ TEST(StringTest, SecureClearZeroesTheWholeBufferBeforeReleasingIt) {
   { #__VA_ARGS__, [](VeskString& s) { __VA_ARGS__; }, expected }
 
 TEST(StringTest, FormattedAppends) {
-  const struct {
-    const char* call;
-    void (*append)(VeskString&);
-    std::string expected;
-  } kRows[] = {
+  const std::tuple<const char*, void (*)(VeskString&), std::string> kRows[] = {
       ROW("", s.AppendFormat("")), ROW("42%", s.AppendFormat("%d%%", 42)),
       ROW("%%", s.AppendFormat("%%%%")), ROW("ff", s.AppendFormat("%x", 255)),
       ROW("-2147483648", s.AppendFormat("%d", INT_MIN)),
@@ -196,10 +183,10 @@ TEST(StringTest, FormattedAppends) {
           s.AppendInt(-1, 16); s.AppendInt(5, 37); s.AppendInt(5, 1)),
       ROW("-1.5e-7|0", s.AppendDouble(-1.5e-7); s.AppendFormat("|%f", 0.0)),
   };
-  for (const auto& row : kRows) {
+  for (const auto& [call, append, expected] : kRows) {
     VeskString s("~");
-    row.append(s);
-    EXPECT_EQ(Bytes(s), "~" + row.expected) << row.call;
+    append(s);
+    EXPECT_EQ(Bytes(s), "~" + expected) << call;
   }
 }
 
@@ -226,27 +213,24 @@ TEST(StringTest, DecimalsAgreeWithTheLibraryAtEveryPowerOfTen) {
 
 // Rows: two strings, a zeroed one written as null, and how they compare.
 TEST(StringTest, ComparisonsAndCharacterCodes) {
-  const struct {
-    const char* a;
-    std::string bytesA;
-    const char* b;
-    std::string order;  // "=", "<", ">", or "" when none holds
-  } kRows[] = {
+  // Order: "=", "<", ">", or "" when none holds.
+  const std::tuple<const char*, std::string, const char*, std::string>
+      kRows[] = {
       {kNull, "", kNull, "="}, {kNull, "", "", ""},    {"", "", kNull, ""},
       {kNull, "", "a", "<"},   {"Z", "Z", "a", "<"},   {"ab", "ab", "abc", "<"},
       {"\xE9", "\xE9", "z", ">"}, {"ab\0c", "ab\0c"s, "ab", "="},
   };
-  for (const auto& row : kRows) {
-    VeskString a, b(row.b);
-    if (row.a != nullptr) Put(a = "", row.bytesA);
-    if (row.b == nullptr) b.Clear();
-    SCOPED_TRACE(row.bytesA + " and " + (row.b ? row.b : "(zeroed)"));
-    EXPECT_EQ(a == b, row.order == "=");
-    EXPECT_EQ(b == a, row.order == "=");
-    EXPECT_EQ(a < b, row.order == "<");
-    EXPECT_EQ(b < a, row.order == ">");
+  for (const auto& [textA, bytesA, textB, order] : kRows) {
+    VeskString a, b(textB);
+    if (textA != nullptr) Put(a = "", bytesA);
+    if (textB == nullptr) b.Clear();
+    SCOPED_TRACE(bytesA + " and " + (textB ? textB : "(zeroed)"));
+    EXPECT_EQ(a == b, order == "=");
+    EXPECT_EQ(b == a, order == "=");
+    EXPECT_EQ(a < b, order == "<");
+    EXPECT_EQ(b < a, order == ">");
     EXPECT_TRUE(a == a && !(a < a) && a == a.Text());
-    EXPECT_EQ(a == row.b, row.b ? row.order == "=" : row.a == nullptr);
+    EXPECT_EQ(a == textB, textB ? order == "=" : textA == nullptr);
   }
   const VeskString zeroed, a("A"), high("\xE9\xFF");
   EXPECT_EQ(a.CharCodeAt(0), 65);
@@ -260,20 +244,17 @@ TEST(StringTest, ComparisonsAndCharacterCodes) {
 TEST(StringTest, SlicesAndCharactersFromCodes) {
   VeskString hello("hello"), empty(""), zeroed, nul("a");
   Put(nul, "\0bc"s);
-  const struct {
-    const VeskString* s;
-    int start, end;
-    const char* expected;  // null: zeroed
-  } kSlices[] = {
+  // Rows: a string, a start and an end, and the slice (null: zeroed).
+  const std::tuple<const VeskString*, int, int, const char*> kSlices[] = {
       {&hello, 0, 0, "h"},     {&hello, 1, 3, "ell"},  {&hello, 0, 4, "hello"},
       {&hello, 0, -1, "hello"}, {&hello, 4, -1, "o"},  {&hello, 0, 5, kNull},
       {&hello, 3, 2, kNull},   {&hello, -1, 2, kNull}, {&hello, 5, -1, kNull},
       {&hello, 1, -2, kNull},  {&empty, 0, -1, kNull}, {&zeroed, 0, -1, kNull},
       {&nul, 1, 3, ""},        {&nul, 0, 2, "a"},
   };
-  for (const auto& row : kSlices) {
-    ExpectText(row.s->SubString(row.start, row.end), row.expected,
-               std::to_string(row.start) + ", " + std::to_string(row.end));
+  for (const auto& [s, start, end, expected] : kSlices) {
+    ExpectText(s->SubString(start, end), expected,
+               std::to_string(start) + ", " + std::to_string(end));
   }
   const double inf = std::numeric_limits<double>::infinity();
   const std::pair<double, const char*> kCodes[] = {
