@@ -109,8 +109,9 @@ Run On(const char* start, Act act, bool replaces = false) {
 #define ON(start, ...)                                                  \
   Op{#__VA_ARGS__, On(start, [](S& s, [[maybe_unused]] const S& source, \
                                 [[maybe_unused]] In in) { __VA_ARGS__; })}
-#define REPLACING(...) \
-  Op{#__VA_ARGS__, On(nullptr, [](S& s, const S&, In in) { __VA_ARGS__; }, 1)}
+#define REPLACING(...)                                                \
+  Op{#__VA_ARGS__,                                                    \
+     On(nullptr, [](S& s, const S&, In in) { __VA_ARGS__; }, true)}
 
 // What `make(source, in)` gives, `source` holding the input: a new string
 // or a heap text; `source` must stay as it was.

@@ -54,7 +54,6 @@ TEST(StringTest, StatesTextsAndCapacities) {
   const std::tuple<const char*, void (*)(VeskString&), State, std::string, int>
       kRows[] = {
       ROW("NullText", kSharedEmpty, "", 1, s = kNull),
-      ROW("EmptyText", kSharedEmpty, "", 1, s = ""),
       ROW("LengthZero", kSharedEmpty, "", 1, s.Set("abc", 0)),
       ROW("LengthReadsNoFurther", kOwn, "ab", 3,
           s.Set(Guarded8::Counted("ab", 2).get(), 2)),
