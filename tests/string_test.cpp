@@ -51,8 +51,9 @@ std::string EachByte(int upper = -1) {
   { name, [](VeskString& s) { __VA_ARGS__; }, State::state, bytes, capacity }
 
 TEST(StringTest, StatesTextsAndCapacities) {
-  const std::tuple<const char*, void (*)(VeskString&), State, std::string, int>
-      kRows[] = {
+  using Row = std::tuple<const char*, void (*)(VeskString&), State,
+                         std::string, int>;
+  const Row kRows[] = {
       ROW("NullText", kSharedEmpty, "", 1, s = kNull),
       ROW("LengthZero", kSharedEmpty, "", 1, s.Set("abc", 0)),
       ROW("LengthReadsNoFurther", kOwn, "ab", 3,
@@ -213,8 +214,8 @@ TEST(StringTest, DecimalsAgreeWithTheLibraryAtEveryPowerOfTen) {
 // Rows: two strings, a zeroed one written as null, and how they compare.
 TEST(StringTest, ComparisonsAndCharacterCodes) {
   // Order: "=", "<", ">", or "" when none holds.
-  const std::tuple<const char*, std::string, const char*, std::string>
-      kRows[] = {
+  using Row = std::tuple<const char*, std::string, const char*, std::string>;
+  const Row kRows[] = {
       {kNull, "", kNull, "="}, {kNull, "", "", ""},    {"", "", kNull, ""},
       {kNull, "", "a", "<"},   {"Z", "Z", "a", "<"},   {"ab", "ab", "abc", "<"},
       {"\xE9", "\xE9", "z", ">"}, {"ab\0c", "ab\0c"s, "ab", "="},
