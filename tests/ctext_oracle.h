@@ -65,9 +65,7 @@ inline void CheckStrips(const char* a, const unsigned short* wide,
                         const char* prefix) {
   const std::size_t n = prefix ? std::strlen(prefix) : 0;
   std::string narrow;  // `wide` up to its terminator or first high unit
-  for (const unsigned short* u = wide; *u != 0 && *u <= 0xFF; ++u) {
-    narrow += static_cast<char>(*u);
-  }
+  for (auto u = wide; *u != 0 && *u <= 0xFF; ++u) narrow += char(*u);
   const bool fits = prefix && narrow.size() >= n;
   const char* w = narrow.c_str();
   VESK_CHECK(StripPrefix(a, prefix) ==
@@ -88,13 +86,11 @@ inline void CheckStrips(const char* a, const unsigned short* wide,
 // The hex digit readers on every pair of `a`'s bytes, its NUL included.
 inline void CheckHexDigits(const char* a) {
   for (const char* p = a; *p != '\0'; ++p) {
-    const char pair[3] = {p[0], p[1], 0};
+    const char one[2] = {p[0], 0}, pair[3] = {p[0], p[1], 0};
     const bool hi = std::isxdigit(static_cast<unsigned char>(p[0]));
     const bool lo = std::isxdigit(static_cast<unsigned char>(p[1]));
     VESK_CHECK(IsHexChar(p[0]) == hi);
-    VESK_CHECK(ParseHexChar(p[0]) ==
-               (hi ? std::strtol(std::string(1, p[0]).c_str(), nullptr, 16)
-                   : -1));
+    VESK_CHECK(ParseHexChar(p[0]) == (hi ? std::strtol(one, nullptr, 16) : -1));
     char got = 'k';
     VESK_CHECK(ParseHexCouple(p[0], p[1], &got) == (hi ? 1 + lo : 0));
     VESK_CHECK(got == (hi && lo ? char(std::strtol(pair, nullptr, 16)) : 'k'));

@@ -4,12 +4,12 @@
 // from it on. Only std::bad_alloc may pass; what is left must be a valid
 // string in the state that the operation names for a failure; and no block
 // may stay live once everything is released.
+#include <climits>
 #include <cstdio>
 #include <functional>
 #include <memory>
 #include <new>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "host/object_model.h"
@@ -42,18 +42,16 @@ Seen Look(const S& s) {
   return {s.Text() != nullptr, vesk_test::Bytes(s), s.Capacity()};
 }
 
-Seen Take(char* text) {
-  if (text == nullptr) return {};
-  Seen seen{true, text, 0};
-  Pelgc::SystemDelete(text);
-  return seen;
+// A heap text, which it releases.
+Seen Look(char* text) {
+  return {text != nullptr, text ? vesk_test::TakeHeapText(text) : "", 0};
 }
 
-// Runs the call under test of one run with the run's fault armed (none in
-// the counting run), counting the requests and noting a std::bad_alloc.
+// Runs the call under test of one run with the run's fault armed (one past
+// any request in the counting run), counting the requests and noting a
+// std::bad_alloc.
 struct Faulted {
-  bool armed = false;
-  unsigned long k = 0;  // 0: the first request fails
+  unsigned long k = ULONG_MAX;  // 0: the first request fails
   HeapFault fault = HeapFault::kReturnNull;
   bool persistent = false;
   mutable bool threw = false;
@@ -61,8 +59,8 @@ struct Faulted {
 
   void operator()(const std::function<void()>& call) const {
     const unsigned long before = Pelgc::GetHeapStats().requests;
+    Pelgc::InjectHeapFault(k, fault, persistent);
     try {
-      if (armed) Pelgc::InjectHeapFault(k, fault, persistent);
       call();
     } catch (const std::bad_alloc&) {
       threw = true;
@@ -72,24 +70,26 @@ struct Faulted {
   }
 };
 
-// What a failure must leave, as each operation documents it.
-enum class After {
-  kZeroed,     // the string is zeroed
-  kUnchanged,  // the string is as it was
-  kDropped,    // characters are dropped: what was added is a subsequence
-               // of a full output, and a prefix of one when a request threw
-  kWhole,      // nothing (zeroed, null), or the full result
+// What a failure must leave, as each operation documents it: the string
+// zeroed; the string as it was; characters dropped (what was added is a
+// subsequence of a full output, and a prefix of one when a request threw);
+// or nothing (zeroed, null) or the full result.
+enum After { kZeroed, kUnchanged, kDropped, kWhole };
+
+// An operation, named by its call; one run of it on the input, `before`
+// receiving what the string held first.
+using Run = std::function<Seen(In in, const Faulted&, Seen* before)>;
+struct Op {
+  const char* call = nullptr;
+  Run run;
 };
 
-// One run on the input; `before` receives what the string held first.
-using Run = std::function<Seen(In in, const Faulted&, Seen* before)>;
 struct Case {
-  const char* name;
   After after;
-  Run run;
+  Op op;
   // kDropped: the output that a failed host call leads to (the text left
   // unconverted, a number measured short), as a second full output.
-  Run fallback = nullptr;
+  Op fallback = {};
   // kZeroed: leading requests whose failure leaves the string as it was.
   unsigned long untouched = 0;
 };
@@ -106,36 +106,29 @@ Run On(const char* start, Act act, bool replaces = false) {
     return Look(s);
   };
 }
-#define ON(start, ...) \
-  On(start, [](S& s, [[maybe_unused]] const S& source,   \
-                [[maybe_unused]] In in) { __VA_ARGS__; })
-#define REPLACING(...) \
-  On(nullptr, [](S& s, const S&, In in) { __VA_ARGS__; }, true)
+#define ON(start, ...)                                                  \
+  Op{#__VA_ARGS__, On(start, [](S& s, [[maybe_unused]] const S& source, \
+                                [[maybe_unused]] In in) { __VA_ARGS__; })}
+#define REPLACING(...)                                                \
+  Op{#__VA_ARGS__,                                                    \
+     On(nullptr, [](S& s, const S&, In in) { __VA_ARGS__; }, true)}
 
-// What `make(source, in)` returns, `source` holding the input: a new
-// string, or a heap text.
+// What `make(source, in)` gives, `source` holding the input: a new string
+// or a heap text; `source` must stay as it was.
 template <class Make>
 Run Made(Make make) {
   return [=](In in, const Faulted& faulted, Seen*) {
     const S source(in.c_str());
     const Seen was = Look(source);
-    std::unique_ptr<S> made;
-    char* text = nullptr;
-    faulted([&] {
-      if constexpr (std::is_same_v<decltype(make(source, in)), char*>) {
-        text = make(source, in);
-      } else {
-        made.reset(make(source, in));
-      }
-    });
-    EXPECT_EQ(Look(source), was);
-    return made ? Look(*made) : Take(text);
+    Seen made;
+    faulted([&] { made = Look(make(source, in)); });
+    EXPECT_TRUE(Look(source) == was);
+    return made;
   };
 }
-#define MADE(...) \
-  Made([]([[maybe_unused]] const S& source, [[maybe_unused]] In in) { \
-    return __VA_ARGS__;                                            \
-  })
+#define MADE(...)                                                         \
+  Op{#__VA_ARGS__, Made([]([[maybe_unused]] const S& source,              \
+                           [[maybe_unused]] In in) { return __VA_ARGS__; })}
 
 void Formatted(S& s, In in, bool padded) {
   // "00%d" is what '%2' gives when its measure gets no block.
@@ -156,15 +149,6 @@ void EncodeVariables(S& s, In in, bool convert) {
   s.EncodeVariables(&player, object, 6, false);
 }
 
-// The four escaped copies' texts, a null one as nothing.
-S* EscapedCopies(const S& source) {
-  std::string all = Take(source.CreateEscapedCStr(true)).bytes;
-  all += Take(source.CreateEscapedCStr(false)).bytes;
-  all += Take(source.CreateUpper128ASCIIEscapedCStr()).bytes;
-  all += Take(source.CreateEncodedUrl()).bytes;
-  return new S(all.c_str());
-}
-
 marlo::String* Vm(In in) {
   static std::unique_ptr<marlo::String> vm;
   vm = std::make_unique<marlo::String>(in.c_str());
@@ -172,62 +156,49 @@ marlo::String* Vm(In in) {
 }
 
 std::vector<Case> Cases() {
-  const After kZeroed = After::kZeroed, kDropped = After::kDropped,
-              kWhole = After::kWhole, kUnchanged = After::kUnchanged;
   return {
-      {"VeskString(text)", kZeroed, MADE(new S(in.c_str()))},
-      {"VeskString(marlo::String*)", kZeroed, MADE(new S(Vm(in)))},
-      {"VeskString(n + 1)", kZeroed, MADE(new S(int(in.size()) + 1))},
-      {"VeskString(const VeskString&)", kZeroed, MADE(new S(source))},
-      {"Set(text, -1)", kZeroed, ON("ab", s.Set(in.c_str(), -1))},
-      {"Set(text, n / 2)", kZeroed,
-       ON("ab", s.Set(in.c_str(), int(in.size()) / 2))},
-      // The UTF-8 view comes first.
-      {"Set(marlo::String*)", kZeroed, ON("ab", s.Set(Vm(in))), nullptr, 1},
-      {"Copy", kZeroed, ON("ab", s.Copy(source))},
-      {"operator=(VeskString)", kZeroed, ON("ab", s = source)},
-      {"operator=(text)", kZeroed, ON("ab", s = in.c_str())},
-      {"AppendChar, AppendThreeChars, AppendHexByte", kDropped,
-       ON("ab", for (char c : in) s.AppendChar(c);
-          if (in.size() >= 3) s.AppendThreeChars(in.c_str());
-          for (char c : in) s.AppendHexByte(c))},
-      {"AppendString(text)", kUnchanged, ON("ab", s.AppendString(in.c_str()))},
-      {"AppendString(text, n / 2)", kUnchanged,
-       ON("ab", s.AppendString(in.c_str(), int(in.size()) / 2))},
-      {"AppendInt", kDropped,
-       ON(nullptr, for (int radix : {2, 10, 16, 36}) {
-         s.AppendInt(-1234567890123, radix);
-       })},
-      {"AppendNDigits", kDropped,
-       ON(nullptr, s.AppendNDigits(-int(in.size()) - 7, 12)),
+      {kZeroed, MADE(S(in.c_str()))}, {kZeroed, MADE(S(Vm(in)))},
+      {kZeroed, MADE(S(int(in.size()) + 1))}, {kZeroed, MADE(S(source))},
+      {kZeroed, ON("ab", s.Set(in.c_str(), -1))},
+      {kZeroed, ON("ab", s.Set(in.c_str(), int(in.size()) / 2))},
+      {kZeroed, ON("ab", s.Set(Vm(in))), {}, 1},  // the UTF-8 view first
+      {kZeroed, ON("ab", s.Copy(source))}, {kZeroed, ON("ab", s = source)},
+      {kZeroed, ON("ab", s = in.c_str())},
+      {kDropped, ON("ab", for (char c : in) s.AppendChar(c);
+                    if (in.size() >= 3) s.AppendThreeChars(in.c_str());
+                    for (char c : in) s.AppendHexByte(c))},
+      {kUnchanged, ON("ab", s.AppendString(in.c_str()))},
+      {kUnchanged, ON("ab", s.AppendString(in.c_str(), int(in.size()) / 2))},
+      {kDropped, ON(nullptr, for (int radix : {2, 10, 16, 36}) {
+                   s.AppendInt(-1234567890123, radix);
+                 })},
+      {kDropped, ON(nullptr, s.AppendNDigits(-int(in.size()) - 7, 12)),
        ON(nullptr, s.AppendString("000000000000");
           s.AppendInt(-long(in.size()) - 7, 10))},
-      {"AppendDouble", kDropped,
-       ON(nullptr, s.AppendDouble(-1.5e-7 * (in.size() + 1)))},
-      {"AppendFormat", kDropped, ON(nullptr, Formatted(s, in, false)),
+      {kDropped, ON(nullptr, s.AppendDouble(-1.5e-7 * (in.size() + 1)))},
+      {kDropped, ON(nullptr, Formatted(s, in, false)),
        ON(nullptr, Formatted(s, in, true))},
-      {"Format", kDropped, REPLACING(s.Format("%s|%2|%f", in.c_str(), 7, .5)),
+      {kDropped, REPLACING(s.Format("%s|%2|%f", in.c_str(), 7, .5)),
        REPLACING(s.Format("%s|00%d|%f", in.c_str(), 7, .5))},
-      {"SubString", kWhole,
-       MADE(new S(source.SubString(1, int(in.size()) / 2)))},
-      {"CharFromCode", kWhole, MADE(new S(S::CharFromCode(in.size() + 65.5)))},
-      {"EncodeString converted", kDropped,
-       ON("a=", s.EncodeString(in.c_str(), 6, true, true)),
+      {kWhole, MADE(source.SubString(1, int(in.size()) / 2))},
+      {kWhole, MADE(S::CharFromCode(in.size() + 65.5))},
+      {kDropped, ON("a=", s.EncodeString(in.c_str(), 6, true, true)),
        ON("a=", s.EncodeString(in.c_str(), 5, true, true))},
-      {"EncodeString", kDropped,
-       ON("a=", s.EncodeString(in.c_str(), 5, false, false))},
-      {"EncodeStringHighAscii", kDropped,
-       ON("a=", s.EncodeStringHighAscii(in.c_str(), 6)),
+      {kDropped, ON("a=", s.EncodeString(in.c_str(), 5, false, false))},
+      {kDropped, ON("a=", s.EncodeStringHighAscii(in.c_str(), 6)),
        ON("a=", s.EncodeStringHighAscii(in.c_str(), 5))},
-      {"the escaped copies", kDropped, MADE(EscapedCopies(source))},
-      {"EncodeVariables", kDropped, ON("/p", EncodeVariables(s, in, true)),
+      {kDropped, MADE(source.CreateEscapedCStr(true))},
+      {kDropped, MADE(source.CreateEscapedCStr(false))},
+      {kDropped, MADE(source.CreateUpper128ASCIIEscapedCStr())},
+      {kDropped, MADE(source.CreateEncodedUrl())},
+      {kDropped, ON("/p", EncodeVariables(s, in, true)),
        ON("/p", EncodeVariables(s, in, false))},
-      {"CreateStr(text)", kWhole, MADE(CreateStr(in.c_str()))},
-      {"CreateStr(n)", kWhole, MADE(CreateStr(in.size()))},
-      {"CreateStr(text, n)", kWhole, MADE(CreateStr(in.c_str(), in.size()))},
-      {"CreateStr(marlo::String*)", kWhole, MADE(CreateStr(Vm(in)))},
-      {"ConcatStr", kWhole, MADE(ConcatStr(in.c_str(), in.c_str()))},
-      {"U64ToChar", kWhole, MADE(U64ToChar(in.size() * 1000000007ULL))},
+      {kWhole, MADE(CreateStr(in.c_str()))},
+      {kWhole, MADE(CreateStr(in.size()))},
+      {kWhole, MADE(CreateStr(in.c_str(), in.size()))},
+      {kWhole, MADE(CreateStr(Vm(in)))},
+      {kWhole, MADE(ConcatStr(in.c_str(), in.c_str()))},
+      {kWhole, MADE(U64ToChar(in.size() * 1000000007ULL))},
   };
 }
 
@@ -237,26 +208,21 @@ bool IsSubsequence(const std::string& part, const std::string& whole) {
   return matched == part.size();
 }
 
-bool IsPrefix(const std::string& part, const std::string& whole) {
-  return whole.compare(0, part.size(), part) == 0;
-}
-
 // `outputs`: what the operation gives without a fault, then its fallback.
 void ExpectFailureLeft(const Case& c, const Faulted& run, const Seen& before,
                        const Seen& after, const std::vector<Seen>& outputs) {
-  if (c.after == After::kZeroed) {
-    EXPECT_TRUE(after == (run.k < c.untouched ? before : Seen{}));
-  } else if (c.after == After::kUnchanged) {
-    EXPECT_TRUE(after == before);
-  } else if (c.after == After::kWhole) {
+  if (c.after == kWhole) {
     EXPECT_TRUE(!after.text || after == outputs[0]);
+  } else if (c.after != kDropped) {
+    EXPECT_TRUE(after == (c.after == kZeroed && run.k >= c.untouched ? Seen{}
+                                                                     : before));
   } else {
-    ASSERT_TRUE(IsPrefix(before.bytes, after.bytes)) << after.bytes;
+    ASSERT_EQ(after.bytes.rfind(before.bytes, 0), 0u) << after.bytes;
     const std::string added = after.bytes.substr(before.bytes.size());
     bool explained = false;
     for (const Seen& output : outputs) {
       const std::string full = output.bytes.substr(before.bytes.size());
-      explained |= run.threw ? IsPrefix(added, full)
+      explained |= run.threw ? full.rfind(added, 0) == 0  // a prefix
                              : IsSubsequence(added, full);
     }
     EXPECT_TRUE(explained) << "added: " << added;
@@ -281,29 +247,23 @@ TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
     for (const Case& c : cases) {
       Seen before;
       const Faulted counting;
-      std::vector<Seen> outputs{c.run(in, counting, &before)};
-      if (c.fallback) outputs.push_back(c.fallback(in, Faulted(), &before));
-      for (unsigned long k = 0; k < counting.requests; ++k) {
-        for (HeapFault fault :
-             {HeapFault::kReturnNull, HeapFault::kThrowBadAlloc}) {
-          for (bool persistent : {false, true}) {
-            SCOPED_TRACE(testing::Message()
-                         << c.name << " on " << in.size() << " bytes, request "
-                         << k + 1 << " of " << counting.requests
-                         << (fault == HeapFault::kReturnNull ? ", null"
-                                                             : ", throw")
-                         << (persistent ? " from then on" : " once"));
-            const unsigned long live = Pelgc::GetHeapStats().live;
-            const Faulted run{true, k, fault, persistent};
-            ExpectFailureLeft(c, run, before, c.run(in, run, &before),
-                              outputs);
-            ++faults;
-            if (Pelgc::GetHeapStats().live != live) {
-              ++leaks;
-              ADD_FAILURE() << "left a block live";
-            }
-          }
-        }
+      std::vector<Seen> outputs{c.op.run(in, counting, &before)};
+      if (c.fallback.run) outputs.push_back(c.fallback.run(in, {}, &before));
+      // Four runs a request: null, then std::bad_alloc; once, then on.
+      const HeapFault kThrow = HeapFault::kThrowBadAlloc;
+      for (unsigned long i = 0; i < 4 * counting.requests; ++i, ++faults) {
+        const Faulted run{i / 4, i % 2 ? kThrow : HeapFault::kReturnNull,
+                          i % 4 >= 2};
+        SCOPED_TRACE(testing::Message()
+                     << c.op.call << " on " << in.size() << " bytes, request "
+                     << run.k + 1 << " of " << counting.requests
+                     << (i % 2 ? ", throw" : ", null")
+                     << (run.persistent ? " from then on" : " once"));
+        const unsigned long live = Pelgc::GetHeapStats().live;
+        ExpectFailureLeft(c, run, before, c.op.run(in, run, &before), outputs);
+        const bool leaked = Pelgc::GetHeapStats().live != live;
+        leaks += leaked;
+        EXPECT_FALSE(leaked) << "left a block live";
       }
     }
   }

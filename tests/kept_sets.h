@@ -1,6 +1,7 @@
 // The bytes that each escaping rule keeps as they are, as 256-entry tables,
-// and the output a rule gives for text of single-byte characters: each
-// byte as it is when kept, else '%' and two upper-case hex digits.
+// the output a rule gives for text of single-byte characters (each byte as
+// it is when kept, else '%' and two upper-case hex digits), and the
+// encoder or escaped copy that follows each rule.
 #ifndef VESK_TESTS_KEPT_SETS_H
 #define VESK_TESTS_KEPT_SETS_H
 
@@ -8,6 +9,9 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
 
 namespace vesk_test {
 
@@ -45,6 +49,24 @@ inline std::string Encoded(const std::string& text, Rule rule,
     out += plus && c == ' ' ? "+" : kept ? std::string(1, c) : escape;
   }
   return out;
+}
+
+// What the encoder of `rule` makes of `text`: appended to an empty string
+// (the form encoding with `plus` and `convert`), or as a heap text, which
+// is released, "(null)" for none.
+inline std::string Encode(Rule rule, const std::string& text, int version = 5,
+                          bool plus = false, bool convert = false) {
+  VeskString s(text.c_str()), out;
+  if (rule == kForm) out.EncodeString(text.c_str(), version, plus, convert);
+  if (rule == kHighAscii) out.EncodeStringHighAscii(text.c_str(), version);
+  if (rule <= kHighAscii) return out.Text() ? out.Text() : "";
+  char* heap = rule == kStrict     ? s.CreateEscapedCStr(true)
+               : rule == kLenient  ? s.CreateEscapedCStr(false)
+               : rule == kUpper128 ? s.CreateUpper128ASCIIEscapedCStr()
+                                   : s.CreateEncodedUrl();
+  const std::string bytes = heap ? heap : "(null)";
+  Pelgc::SystemDelete(heap);
+  return bytes;
 }
 
 }  // namespace vesk_test

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "host/vm_string.h"
@@ -16,6 +17,7 @@ namespace {
 using namespace std::string_literals;
 using vesk_test::Bytes;
 using vesk_test::ExpectString;
+using vesk_test::Guarded8;
 using vesk_test::Put;
 using vesk_test::State;
 using vesk_test::StateOf;
@@ -35,7 +37,7 @@ void ExpectText(const VeskString& s, const char* text,
 
 // Every byte but 0, folded to `upper` or lower case by the C library in
 // the C locale, or as it is.
-std::string EveryByte(int upper = -1) {
+std::string EachByte(int upper = -1) {
   std::string bytes;
   for (int b = 1; b < 256; ++b) {
     bytes += char(upper < 0 ? b : upper ? std::toupper(b) : std::tolower(b));
@@ -49,33 +51,25 @@ std::string EveryByte(int upper = -1) {
   { name, [](VeskString& s) { __VA_ARGS__; }, State::state, bytes, capacity }
 
 TEST(StringTest, StatesTextsAndCapacities) {
-  const struct {
-    const char* name;
-    void (*act)(VeskString&);
-    State state;
-    std::string bytes;
-    int capacity;
-  } kRows[] = {
+  using Row = std::tuple<const char*, void (*)(VeskString&), State,
+                         std::string, int>;
+  const Row kRows[] = {
       ROW("NullText", kSharedEmpty, "", 1, s = kNull),
-      ROW("EmptyText", kSharedEmpty, "", 1, s = ""),
       ROW("LengthZero", kSharedEmpty, "", 1, s.Set("abc", 0)),
-      ROW("LengthReadsNoFurther", kOwn, "abc", 4,
-          s.Set(vesk_test::Guarded8::Counted("abc", 3).get(), 3)),
+      ROW("LengthReadsNoFurther", kOwn, "ab", 3,
+          s.Set(Guarded8::Counted("ab", 2).get(), 2)),
       ROW("LengthPastTheNul", kOwn, "ab", 3, s.Set("ab", 5)),
       ROW("NegativeLengthMeasures", kOwn, "ab", 3, s.Set("ab", -7)),
       ROW("ShorterTextKeepsTheBuffer", kOwn, "hi", 6, s = "hello"; s = "hi"),
       ROW("LeavesSharedEmpty", kOwn, "x", 2, s = ""; s = "x"),
-      ROW("CopyStopsAtNul", kOwn, "ab", 3,
-          VeskString t; Put(t, "ab\0cd"s); s.Copy(t)),
+      ROW("CopyToNul", kOwn, "a", 2, VeskString t; Put(t, "a\0c"s); s.Copy(t)),
       ROW("CopyOfZeroed", kZeroed, "", 0, s = "x"; s.Copy(VeskString())),
       ROW("CopyOfEmptyBuffer", kSharedEmpty, "", 1, s = VeskString(10)),
       ROW("CopyOntoItself", kOwn, "ab\0cd"s, 257, Put(s, "ab\0cd"s); s.Copy(s)),
       ROW("AssignedToItself", kOwn, "ab\0cd"s, 257,
           Put(s, "ab\0cd"s); const VeskString& same = s; s = same),
-      ROW("NullScriptString", kSharedEmpty, "", 1,
-          s.Set(static_cast<marlo::String*>(nullptr))),
-      ROW("EmptyScriptString", kSharedEmpty, "", 1,
-          marlo::String vm(""); s.Set(&vm)),
+      ROW("NullVm", kSharedEmpty, "", 1, marlo::String* v = nullptr; s.Set(v)),
+      ROW("EmptyVm", kSharedEmpty, "", 1, marlo::String vm(""); s.Set(&vm)),
       ROW("ScriptStringAsUtf8", kOwn, "x\xC3\xA9\xF0\x9F\x98\x80", 8,
           const unsigned short units[] = {'x', 0xE9, 0xD83D, 0xDE00};
           marlo::String vm(units, 4); s.Set(&vm)),
@@ -84,21 +78,18 @@ TEST(StringTest, StatesTextsAndCapacities) {
       ROW("HexBytes", kOwn, "0A9FA0FF", 257,
           for (int b : {0x0A, 0x9F, 0xA0, 0xFF}) s.AppendHexByte(b)),
       ROW("AppendAtMostN", kOwn, "abc", 260, s.AppendString("abcdef", 3)),
-      ROW("AppendPastTheNul", kOwn, "abcdef", 263,
-          s.AppendString("abcdef", 99)),
+      ROW("AppendToNul", kOwn, "abcdef", 263, s.AppendString("abcdef", 99)),
       ROW("NullAppendsNothing", kOwn, "x", 2,
           s = "x"; s.AppendString(kNull); s.AppendString(kNull, 3)),
       ROW("EmptyTextStillGrows", kOwn, "", 257, s.AppendString("")),
-      ROW("EmptyTextGrowsAFullBuffer", kOwn, "abc", 260,
-          s = "abc"; s.AppendString("", 0)),
+      ROW("EmptyGrowsFull", kOwn, "abc", 260, s = "abc"; s.AppendString("", 0)),
       ROW("Truncate", kOwn, "abc", 7, s = "abcdef"; s.Truncate(3)),
       ROW("TruncateToNothing", kOwn, "", 4, s = "abc"; s.Truncate(0)),
       ROW("TruncateNeverLengthens", kOwn, "abcdef", 7,
           s = "abcdef"; s.Truncate(10); s.Truncate(UINT_MAX)),
-      ROW("TrailingSpaces", kOwn, "ab", 7,
-          s = "ab \t\r\n"; s.RemoveTrailingSpaces()),
-      ROW("VerticalTabAndFormFeedStay", kOwn, "ab\v\f", 5,
-          s = "ab\v\f"; s.RemoveTrailingSpaces()),
+      ROW("TrailingSpaces", kOwn, "a", 6,
+          s = "a \t\r\n"; s.RemoveTrailingSpaces()),
+      ROW("VtFfStay", kOwn, "a\v\f", 4, s = "a\v\f"; s.RemoveTrailingSpaces()),
       ROW("OnlySpaces", kOwn, "", 4, s = "   "; s.RemoveTrailingSpaces()),
       // No write into the shared empty text (it would fault), nor a release.
       ROW("ZeroedUntouched", kZeroed, "", 0, s.Truncate(0);
@@ -107,17 +98,17 @@ TEST(StringTest, StatesTextsAndCapacities) {
       ROW("SharedEmptyUntouched", kSharedEmpty, "", 1, s = ""; s.Truncate(0);
           s.RemoveTrailingSpaces(); s.ToUpper(); s.ToLower()),
       ROW("SharedEmptyCleared", kZeroed, "", 0, s = ""; s.SecureClear()),
-      ROW("ToUpper", kOwn, EveryByte(1), 256,
-          s = EveryByte().c_str(); s.ToUpper()),
-      ROW("ToLower", kOwn, EveryByte(0), 256,
-          s = EveryByte().c_str(); s.ToLower()),
+      ROW("FormatReplaces", kOwn, "x1", 257, s = "abc"; s.Format("x%d", 1)),
+      ROW("FormatOfNothingZeroes", kZeroed, "", 0, s = "abc"; s.Format("")),
+      ROW("Upper", kOwn, EachByte(1), 256, s = EachByte().data(); s.ToUpper()),
+      ROW("Lower", kOwn, EachByte(0), 256, s = EachByte().data(); s.ToLower()),
       ROW("ToLowerStopsAtANul", kOwn, "hello, world\0AB"s, 257,
           Put(s, "Hello, World\0AB"s); s.ToLower()),
   };
-  for (const auto& row : kRows) {
+  for (const auto& [name, act, state, bytes, capacity] : kRows) {
     VeskString s;
-    row.act(s);
-    ExpectString(s, row.state, row.bytes, row.capacity, row.name);
+    act(s);
+    ExpectString(s, state, bytes, capacity, name);
   }
   ExpectString(VeskString(10), State::kOwn, "", 10, "capacity 10");
   ExpectString(VeskString(0), State::kZeroed, "", 0, "capacity 0");
@@ -125,50 +116,36 @@ TEST(StringTest, StatesTextsAndCapacities) {
 
 #undef ROW
 
-// Rows: a buffer of `capacity` bytes (1: the shared empty text) holding
-// `length` bytes, and what it grows to on an append by AppendChar or by one
-// AppendString.
+// Rows: a buffer of `capacity` bytes holding `length` bytes, and what it
+// grows to on an append by AppendChar or by one AppendString.
 TEST(StringTest, GrowthRule) {
-  const struct {
-    int capacity, length;
-    std::string appended;
-    bool asChars;
-    int grown;
-  } kRows[] = {
-      {1023, 1022, "b", true, 1279},     {1024, 1023, "b", true, 1536},
-      {7777, 7776, "b", true, 11665},
-      {0, 0, "0123456789", false, 267},  {0, 0, "y", false, 258},
-      {10, 0, "123456789", true, 10},    {10, 0, "1234567890", true, 266},
-      {10, 0, "123456789", false, 266},  {10, 0, "12345678", false, 10},
-      {1024, 1021, "bc", false, 1536},    {1, 0, "c", true, 257},
+  const std::tuple<int, int, std::string, bool, int> kRows[] = {
+      {1023, 1022, "b", true, 1279},    {1024, 1023, "b", true, 1536},
+      {7777, 7776, "b", true, 11665},   {10, 0, "123456789", true, 10},
+      {10, 0, "1234567890", true, 266}, {10, 0, "123456789", false, 266},
+      {10, 0, "12345678", false, 10},   {1024, 1021, "bc", false, 1536},
   };
-  for (const auto& row : kRows) {
-    VeskString t = row.capacity == 1 ? VeskString("")
-                                     : VeskString(row.capacity);
-    for (int i = 0; i < row.length; ++i) t.AppendChar('a');
-    if (row.asChars) {
-      for (char c : row.appended) t.AppendChar(c);
-    } else {
-      t.AppendString(row.appended.c_str());
-    }
-    EXPECT_EQ(t.Capacity(), row.grown) << row.capacity << " " << row.appended;
-    EXPECT_EQ(Bytes(t), std::string(size_t(row.length), 'a') + row.appended);
+  for (const auto& [capacity, length, appended, asChars, grown] : kRows) {
+    VeskString t(capacity);
+    Put(t, std::string(size_t(length), 'a') + (asChars ? appended : ""));
+    if (!asChars) t.AppendString(appended.c_str());
+    EXPECT_EQ(t.Capacity(), grown) << capacity << " " << appended;
+    EXPECT_EQ(Bytes(t), std::string(size_t(length), 'a') + appended);
   }
 }
 
-std::string g_released;
-
 TEST(StringTest, SecureClearZeroesTheWholeBufferBeforeReleasingIt) {
+  static std::string released;
   VeskString s(10);
   s.AppendString("abc");
   std::memset(const_cast<char*>(s.Text()) + 4, 'x', 6);  // past the NUL
   Pelgc::SetReleaseObserver([](const void* block) {
-    g_released.assign(static_cast<const char*>(block), 10);
+    released.assign(static_cast<const char*>(block), 10);
   });
   s.SecureClear();
   Pelgc::SetReleaseObserver(nullptr);
   EXPECT_EQ(StateOf(s), State::kZeroed);
-  EXPECT_EQ(g_released, std::string(10, '\0'));
+  EXPECT_EQ(released, std::string(10, '\0'));
 }
 
 // Each row appends to a string holding "~".
@@ -176,15 +153,10 @@ TEST(StringTest, SecureClearZeroesTheWholeBufferBeforeReleasingIt) {
   { #__VA_ARGS__, [](VeskString& s) { __VA_ARGS__; }, expected }
 
 TEST(StringTest, FormattedAppends) {
-  const struct {
-    const char* call;
-    void (*append)(VeskString&);
-    std::string expected;
-  } kRows[] = {
+  const std::tuple<const char*, void (*)(VeskString&), std::string> kRows[] = {
       ROW("", s.AppendFormat("")), ROW("42%", s.AppendFormat("%d%%", 42)),
-      ROW("%%", s.AppendFormat("%%%%")),
+      ROW("%%", s.AppendFormat("%%%%")), ROW("ff", s.AppendFormat("%x", 255)),
       ROW("-2147483648", s.AppendFormat("%d", INT_MIN)),
-      ROW("ff", s.AppendFormat("%x", 255)),
       ROW("ffffffff80000000", s.AppendFormat("%x", INT_MIN)),
       ROW("0x0", s.AppendFormat("%p", kNull)),
       ROW("0xdeadbeef",
@@ -197,12 +169,11 @@ TEST(StringTest, FormattedAppends) {
       ROW("1.5|0.1", s.AppendFormat("%f|%f", 1.5, 0.1)),
       ROW("ab\0"s, s.AppendFormat("%3", "ab")),
       ROW("abc", s.AppendFormat("%3", "abcd")),
-      ROW("", s.AppendFormat("%3", kNull)),
+      ROW("", s.AppendFormat("%3", kNull)), ROW("", s.AppendFormat(nullptr)),
       ROW("05 -5 123 00", s.AppendFormat("%2 %2 %2 %2", 5, -5, 123, 0)),
       ROW("d7", s.AppendFormat("%5d%d", 7)),
       ROW("3", s.AppendFormat("%D%S%X%d", 3)),
       ROW("x", s.AppendFormat("%\xe9x")), ROW("ab", s.AppendFormat("ab%")),
-      ROW("", s.AppendFormat(nullptr)),
       ROW("07", s.AppendNDigits(7, 2)), ROW("0-5", s.AppendNDigits(-5, 3)),
       ROW("-5", s.AppendNDigits(-5, 2)), ROW("5", s.AppendNDigits(5, INT_MIN)),
       ROW("0-2147483648", s.AppendNDigits(INT_MIN, 12)),
@@ -212,16 +183,11 @@ TEST(StringTest, FormattedAppends) {
           s.AppendInt(-1, 16); s.AppendInt(5, 37); s.AppendInt(5, 1)),
       ROW("-1.5e-7|0", s.AppendDouble(-1.5e-7); s.AppendFormat("|%f", 0.0)),
   };
-  for (const auto& row : kRows) {
+  for (const auto& [call, append, expected] : kRows) {
     VeskString s("~");
-    row.append(s);
-    EXPECT_EQ(Bytes(s), "~" + row.expected) << row.call;
+    append(s);
+    EXPECT_EQ(Bytes(s), "~" + expected) << call;
   }
-  VeskString s("abc");
-  s.Format("x%d", 1);
-  EXPECT_EQ(Bytes(s), "x1");
-  s.Format("");  // nothing received: zeroed
-  EXPECT_EQ(StateOf(s), State::kZeroed);
 }
 
 #undef ROW
@@ -247,36 +213,26 @@ TEST(StringTest, DecimalsAgreeWithTheLibraryAtEveryPowerOfTen) {
 
 // Rows: two strings, a zeroed one written as null, and how they compare.
 TEST(StringTest, ComparisonsAndCharacterCodes) {
-  const struct {
-    const char* a;
-    std::string bytesA;
-    const char* b;
-    bool equal, less, greater;
-  } kRows[] = {
-      {kNull, "", kNull, true, false, false},
-      {kNull, "", "", false, false, false},
-      {kNull, "", "a", false, true, false},
-      {"Z", "Z", "a", false, true, false},
-      {"ab", "ab", "abc", false, true, false},
-      {"\xE9", "\xE9", "z", false, false, true},
-      {"ab\0c", "ab\0c"s, "ab", true, false, false},
+  // Order: "=", "<", ">", or "" when none holds.
+  using Row = std::tuple<const char*, std::string, const char*, std::string>;
+  const Row kRows[] = {
+      {kNull, "", kNull, "="}, {kNull, "", "", ""},    {"", "", kNull, ""},
+      {kNull, "", "a", "<"},   {"Z", "Z", "a", "<"},   {"ab", "ab", "abc", "<"},
+      {"\xE9", "\xE9", "z", ">"}, {"ab\0c", "ab\0c"s, "ab", "="},
   };
-  for (const auto& row : kRows) {
-    VeskString a, b(row.b);
-    if (row.a != nullptr) Put(a = "", row.bytesA);
-    if (row.b == nullptr) b.Clear();
-    const std::string names =
-        row.bytesA + " and " + (row.b ? row.b : "(zeroed)");
-    EXPECT_EQ(a == b, row.equal) << names;
-    EXPECT_EQ(b == a, row.equal) << names;
-    EXPECT_EQ(a < b, row.less) << names;
-    EXPECT_EQ(b < a, row.greater) << names;
-    EXPECT_TRUE(a == a && !(a < a)) << names;
-    EXPECT_EQ(a == row.b, row.b != nullptr ? row.equal : row.a == nullptr);
+  for (const auto& [textA, bytesA, textB, order] : kRows) {
+    VeskString a, b(textB);
+    if (textA != nullptr) Put(a = "", bytesA);
+    if (textB == nullptr) b.Clear();
+    SCOPED_TRACE(bytesA + " and " + (textB ? textB : "(zeroed)"));
+    EXPECT_EQ(a == b, order == "=");
+    EXPECT_EQ(b == a, order == "=");
+    EXPECT_EQ(a < b, order == "<");
+    EXPECT_EQ(b < a, order == ">");
+    EXPECT_TRUE(a == a && !(a < a) && a == a.Text());
+    EXPECT_EQ(a == textB, textB ? order == "=" : textA == nullptr);
   }
-  const VeskString zeroed, empty(""), a("A"), high("\xE9\xFF");
-  EXPECT_TRUE(zeroed == kNull && !(zeroed == "") && !(empty == kNull));
-  EXPECT_TRUE(a == a.Text());
+  const VeskString zeroed, a("A"), high("\xE9\xFF");
   EXPECT_EQ(a.CharCodeAt(0), 65);
   EXPECT_EQ(high.CharCodeAt(0), -23);
   EXPECT_EQ(high.CharCodeAt(1), -1);
@@ -288,20 +244,17 @@ TEST(StringTest, ComparisonsAndCharacterCodes) {
 TEST(StringTest, SlicesAndCharactersFromCodes) {
   VeskString hello("hello"), empty(""), zeroed, nul("a");
   Put(nul, "\0bc"s);
-  const struct {
-    const VeskString* s;
-    int start, end;
-    const char* expected;  // null: zeroed
-  } kSlices[] = {
+  // Rows: a string, a start and an end, and the slice (null: zeroed).
+  const std::tuple<const VeskString*, int, int, const char*> kSlices[] = {
       {&hello, 0, 0, "h"},     {&hello, 1, 3, "ell"},  {&hello, 0, 4, "hello"},
       {&hello, 0, -1, "hello"}, {&hello, 4, -1, "o"},  {&hello, 0, 5, kNull},
       {&hello, 3, 2, kNull},   {&hello, -1, 2, kNull}, {&hello, 5, -1, kNull},
       {&hello, 1, -2, kNull},  {&empty, 0, -1, kNull}, {&zeroed, 0, -1, kNull},
       {&nul, 1, 3, ""},        {&nul, 0, 2, "a"},
   };
-  for (const auto& row : kSlices) {
-    ExpectText(row.s->SubString(row.start, row.end), row.expected,
-               std::to_string(row.start) + ", " + std::to_string(row.end));
+  for (const auto& [s, start, end, expected] : kSlices) {
+    ExpectText(s->SubString(start, end), expected,
+               std::to_string(start) + ", " + std::to_string(end));
   }
   const double inf = std::numeric_limits<double>::infinity();
   const std::pair<double, const char*> kCodes[] = {

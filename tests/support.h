@@ -56,9 +56,7 @@ inline void ExpectString(const VeskString& s, State state,
   EXPECT_EQ(Bytes(s), bytes) << what;
   EXPECT_EQ(s.Length(), static_cast<int>(bytes.size())) << what;
   EXPECT_EQ(s.Capacity(), capacity) << what;
-  if (s.Text() != nullptr) {
-    EXPECT_EQ(s.Text()[s.Length()], '\0') << what;
-  }
+  EXPECT_TRUE(s.Text() == nullptr || s.Text()[s.Length()] == '\0') << what;
 }
 
 // Sets the host code page for its scope.

@@ -11,12 +11,8 @@ class HeapBalanceListener : public testing::EmptyTestEventListener {
   }
   void OnTestEnd(const testing::TestInfo& info) override {
     Pelgc::ClearHeapFault();
-    const unsigned long live = Pelgc::GetHeapStats().live;
-    if (live != m_liveAtStart) {
-      ADD_FAILURE() << info.test_suite_name() << "." << info.name() << " left "
-                    << static_cast<long>(live - m_liveAtStart)
-                    << " heap block(s) live";
-    }
+    EXPECT_EQ(Pelgc::GetHeapStats().live, m_liveAtStart)
+        << info.test_suite_name() << "." << info.name() << ": heap blocks live";
   }
   unsigned long m_liveAtStart = 0;
 };
