@@ -184,8 +184,8 @@ TEST(CTextTest, HeapTexts) {
   EXPECT_EQ(ConcatStr(unreadable.get(), kNullText), nullptr);
   EXPECT_EQ(CreateStr(ULONG_MAX), nullptr);  // n + 1 wraps to 0
   EXPECT_EQ(CreateStr(unreadable.get(), ULONG_MAX), nullptr);
-  EXPECT_THROW(CreateStr(4294967294UL), Pelgc::ObjectTooLargeError);
-  EXPECT_THROW(CreateStr(unreadable.get(), 4294967294UL),
+  EXPECT_THROW(static_cast<void>(CreateStr(4294967294UL)), Pelgc::ObjectTooLargeError);
+  EXPECT_THROW(static_cast<void>(CreateStr(unreadable.get(), 4294967294UL)),
                Pelgc::ObjectTooLargeError);
   EXPECT_EQ(Pelgc::GetHeapStats().requests, requests);
   // The largest count that is passed on; the heap's null comes back.
