@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <tuple>
 
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
@@ -18,8 +19,7 @@ namespace vesk_test {
 
 // The string's bytes up to Length(), embedded NULs included.
 inline std::string Bytes(const VeskString& s) {
-  return s.Text() == nullptr ? std::string()
-                             : std::string(s.Text(), size_t(s.Length()));
+  return s.Text() ? std::string(s.Text(), size_t(s.Length())) : "";
 }
 
 // Appends `bytes` one by one, NULs included.
@@ -52,10 +52,9 @@ inline State StateOf(const VeskString& s) {
 inline void ExpectString(const VeskString& s, State state,
                          const std::string& bytes, int capacity,
                          const std::string& what) {
-  EXPECT_EQ(StateOf(s), state) << what;
-  EXPECT_EQ(Bytes(s), bytes) << what;
-  EXPECT_EQ(s.Length(), static_cast<int>(bytes.size())) << what;
-  EXPECT_EQ(s.Capacity(), capacity) << what;
+  EXPECT_EQ(std::make_tuple(StateOf(s), Bytes(s), s.Length(), s.Capacity()),
+            std::make_tuple(state, bytes, int(bytes.size()), capacity))
+      << what;
   EXPECT_TRUE(s.Text() == nullptr || s.Text()[s.Length()] == '\0') << what;
 }
 
@@ -93,9 +92,8 @@ class GuardedText {
     std::copy(units.begin(), units.end(), text);
     if (terminate) text[units.size()] = 0;
     if (mprotect(m_base, m_page, PROT_READ) != 0 ||
-        mprotect(m_base + m_page, m_page, PROT_NONE) != 0) {
+        mprotect(m_base + m_page, m_page, PROT_NONE) != 0)
       std::abort();
-    }
     m_text = text;
   }
   // What a reader limited to `n` units may touch: the first `n` units, or
@@ -116,7 +114,6 @@ class GuardedText {
 };
 using Guarded8 = GuardedText<char>;
 using Guarded16 = GuardedText<unsigned short>;
-
 
 }  // namespace vesk_test
 
