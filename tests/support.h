@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <tuple>
 
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
@@ -18,8 +19,7 @@ namespace vesk_test {
 
 // The string's bytes up to Length(), embedded NULs included.
 inline std::string Bytes(const VeskString& s) {
-  return s.Text() == nullptr ? std::string()
-                             : std::string(s.Text(), size_t(s.Length()));
+  return s.Text() ? std::string(s.Text(), size_t(s.Length())) : "";
 }
 
 // Appends `bytes` one by one, NULs included.
@@ -36,11 +36,9 @@ inline std::string TakeHeapText(char* text) {
   return bytes;
 }
 
-// The address every string in the shared-empty state points at.
-inline const char* SharedEmpty() {
-  static const VeskString empty("");
-  return empty.Text();
-}
+// The address every string in the shared-empty state points at: a static
+// text, which outlives the empty string that shows it.
+inline const char* SharedEmpty() { return VeskString("").Text(); }
 
 enum class State { kZeroed, kSharedEmpty, kOwn };
 inline State StateOf(const VeskString& s) {
@@ -52,10 +50,9 @@ inline State StateOf(const VeskString& s) {
 inline void ExpectString(const VeskString& s, State state,
                          const std::string& bytes, int capacity,
                          const std::string& what) {
-  EXPECT_EQ(StateOf(s), state) << what;
-  EXPECT_EQ(Bytes(s), bytes) << what;
-  EXPECT_EQ(s.Length(), static_cast<int>(bytes.size())) << what;
-  EXPECT_EQ(s.Capacity(), capacity) << what;
+  EXPECT_EQ(std::make_tuple(StateOf(s), Bytes(s), s.Length(), s.Capacity()),
+            std::make_tuple(state, bytes, int(bytes.size()), capacity))
+      << what;
   EXPECT_TRUE(s.Text() == nullptr || s.Text()[s.Length()] == '\0') << what;
 }
 
@@ -82,21 +79,19 @@ class GuardedText {
   using Units = std::basic_string<Unit>;
 
   // Copies `units`, and a terminator when `terminate`, to the page end.
-  explicit GuardedText(const Units& units, bool terminate = true)
-      : m_page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
+  explicit GuardedText(const Units& units, bool terminate = true) {
     const std::size_t count = units.size() + (terminate ? 1 : 0);
     void* map = mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (map == MAP_FAILED || count * sizeof(Unit) > m_page) std::abort();
     m_base = static_cast<char*>(map);
-    Unit* text = reinterpret_cast<Unit*>(m_base + m_page) - count;
-    std::copy(units.begin(), units.end(), text);
-    if (terminate) text[units.size()] = 0;
+    m_text = reinterpret_cast<Unit*>(m_base + m_page) - count;
+    std::copy(units.begin(), units.end(), m_text);
+    if (terminate) m_text[units.size()] = 0;
     if (mprotect(m_base, m_page, PROT_READ) != 0 ||
         mprotect(m_base + m_page, m_page, PROT_NONE) != 0) {
       std::abort();
     }
-    m_text = text;
   }
   // What a reader limited to `n` units may touch: the first `n` units, or
   // all of them and the terminator when `n` reaches past them.
@@ -110,13 +105,12 @@ class GuardedText {
   const Unit* get() const { return m_text; }
 
  private:
-  std::size_t m_page;
+  const std::size_t m_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   char* m_base;
-  const Unit* m_text;
+  Unit* m_text;
 };
 using Guarded8 = GuardedText<char>;
 using Guarded16 = GuardedText<unsigned short>;
-
 
 }  // namespace vesk_test
 
