@@ -4,7 +4,6 @@
 // from it on. Only std::bad_alloc may pass; what is left must be a valid
 // string in the state that the operation names for a failure; and no block
 // may stay live once everything is released.
-#include <climits>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -34,11 +33,9 @@ struct Seen {
 };
 
 Seen Look(const S& s) {
-  const bool shared = s.Text() == vesk_test::SharedEmpty();
-  EXPECT_TRUE(s.Text() == nullptr ? s.Length() + s.Capacity() == 0
-              : shared            ? s.Length() == 0 && s.Capacity() == 1
-                       : s.Length() >= 0 && s.Length() < s.Capacity() &&
-                             s.Text()[s.Length()] == '\0');
+  EXPECT_TRUE(s.Text() ? s.Length() >= 0 && s.Length() < s.Capacity() &&
+                             s.Text()[s.Length()] == '\0'
+                       : s.Length() == 0 && s.Capacity() == 0);
   return {s.Text() != nullptr, vesk_test::Bytes(s), s.Capacity()};
 }
 
@@ -50,7 +47,7 @@ Seen Look(char* text) {
 // The fault of one run (none, as in the counting run, by default), with
 // what the run saw: its requests, and whether a std::bad_alloc passed.
 struct Fault {
-  unsigned long k = ULONG_MAX;  // 0: the first request fails
+  unsigned long k = ~0UL;  // 0: the first request fails
   HeapFault fault = HeapFault::kReturnNull;
   bool persistent = false, threw = false;
   unsigned long requests = 0;
@@ -117,9 +114,9 @@ struct Case {
 
 // "00%d" is what '%2' gives when its measure gets no block.
 void Formatted(S& s, In in, bool padded) {
-  const char* format = padded ? "%s|%d|%x|%c%b|%f|00%d|%3|%p|%%|%q%"
-                              : "%s|%d|%x|%c%b|%f|%2|%3|%p|%%|%q%";
-  s.AppendFormat(format, in.c_str(), -42, 255, 'A', 1, -0.5, 7, "xyz",
+  s.AppendFormat(padded ? "%s|%d|%x|%c%b|%f|00%d|%3|%p|%%|%q%"
+                        : "%s|%d|%x|%c%b|%f|%2|%3|%p|%%|%q%",
+                 in.c_str(), -42, 255, 'A', 1, -0.5, 7, "xyz",
                  reinterpret_cast<void*>(0xBEEF));
 }
 
@@ -133,23 +130,10 @@ void EncodeVariables(S& s, In in, bool convert) {
   s.EncodeVariables(&player, object, 6, false);
 }
 
-void AppendEach(S& s, In in) {
-  for (std::size_t i = 0; i < in.size(); ++i) {
-    s.AppendChar(in[i]);
-    s.AppendHexByte(in[i]);
-  }
-  if (in.size() >= 3) s.AppendThreeChars(in.c_str());
-}
-
-// Radix 10 takes its own path for negative numbers.
-void AppendInts(S& s) {
-  for (int radix : {2, 10, 16, 36}) s.AppendInt(-1234567890123, radix);
-}
-
+// A VM string holding the input, which lives until the next one is made.
 marlo::String* Vm(In in) {
   static std::unique_ptr<marlo::String> vm;
-  vm = std::make_unique<marlo::String>(in.c_str());
-  return vm.get();
+  return (vm = std::make_unique<marlo::String>(in.c_str())).get();
 }
 
 std::vector<Case> Cases() {
@@ -164,10 +148,16 @@ std::vector<Case> Cases() {
       {kZeroed, ON("ab", s.Copy(source))},
       {kZeroed, ON("ab", s = source)},
       {kZeroed, ON("ab", s = in.c_str())},
-      {kDropped, ON("ab", AppendEach(s, in))},
+      {kDropped,
+       ON(
+           "ab", for (std::size_t i = 0; i < in.size();
+                      ++i) { s.AppendChar(in[i]), s.AppendHexByte(in[i]); })},
+      {kDropped,
+       ON("ab", s.AppendThreeChars(in.size() >= 3 ? in.c_str() : "xyz"))},
       {kUnchanged, ON("ab", s.AppendString(in.c_str()))},
       {kUnchanged, ON("ab", s.AppendString(in.c_str(), int(in.size()) / 2))},
-      {kDropped, ON(nullptr, AppendInts(s))},
+      {kDropped, ON(nullptr, s.AppendInt(-1234567890123, 2))},
+      {kDropped, ON(nullptr, s.AppendInt(-1234567890123, 10))},  // its own path
       {kDropped,
        ON(nullptr, fallback ? s.AppendString("000000000000"),
           s.AppendInt(-long(in.size()) - 7, 10)
@@ -202,7 +192,7 @@ bool IsSubsequence(const std::string& part, const std::string& whole) {
   return matched == part.size();
 }
 
-// `outputs`: what the operation gives without a fault, then its fallback.
+// `outputs`: what the operation gives without a fault, and its fallback.
 void ExpectFailureLeft(const Case& c, const Fault& run, const Seen& before,
                        const Seen& after, const std::vector<Seen>& outputs) {
   if (c.after == kWhole) {
@@ -212,14 +202,11 @@ void ExpectFailureLeft(const Case& c, const Fault& run, const Seen& before,
                 (c.after == kZeroed && run.k >= c.untouched ? Seen{} : before));
   } else {
     ASSERT_EQ(after.bytes.rfind(before.bytes, 0), 0u) << after.bytes;
-    const std::string added = after.bytes.substr(before.bytes.size());
-    bool explained = false;
-    for (const Seen& output : outputs) {
-      const std::string full = output.bytes.substr(before.bytes.size());
-      explained |= run.threw ? full.rfind(added, 0) == 0  // a prefix
-                             : IsSubsequence(added, full);
-    }
-    EXPECT_TRUE(explained) << "added: " << added;
+    const auto fits = [&](const Seen& out) {  // `out` begins with `before`
+      return run.threw ? out.bytes.rfind(after.bytes, 0) == 0  // a prefix
+                       : IsSubsequence(after.bytes, out.bytes);
+    };
+    EXPECT_TRUE(fits(outputs[0]) || fits(outputs[1])) << after.bytes;
   }
 }
 
@@ -228,9 +215,8 @@ TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
   for (int i = 0; i < 1500; ++i) bytes += static_cast<char>(1 + i % 255);
   // UTF-8, each 3-byte character two or more Shift-JIS ones when read so.
   std::string japanese;
-  for (int i = 0; i < 100; ++i) {
+  for (int i = 0; i < 100; ++i)
     japanese += "\xE6\x97\xA5\xE8\xAA\x9E\xE3\x83\x86\xE3\x80\x81 ";
-  }
   const std::pair<const char*, std::string> kInputs[] = {
       {"windows-1252", ""}, {"windows-1252", bytes}, {"shift_jis", japanese}};
   const std::vector<Case> cases = Cases();
@@ -250,8 +236,7 @@ TEST(FaultSweepTest, EveryAllocatingOperationFailsCleanly) {
         Fault run{i / 4, i % 2 ? kThrow : HeapFault::kReturnNull, i % 4 >= 2};
         SCOPED_TRACE(testing::Message()
                      << c.op.call << " on " << in.size() << " bytes, request "
-                     << run.k + 1 << " of " << counting.requests << ", "
-                     << kHow[i % 4]);
+                     << run.k + 1 << ", " << kHow[i % 4]);
         const unsigned long live = Pelgc::GetHeapStats().live;
         const Seen after = RunOp(c.op, in, run, &before);
         ExpectFailureLeft(c, run, before, after, outputs);
