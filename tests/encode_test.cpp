@@ -1,8 +1,8 @@
 // Form encoding, the escaped heap copies and a script object's variables
 // appended as a query.
-#include <climits>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "host/object_model.h"
@@ -14,7 +14,6 @@ namespace {
 using vesk_test::Bytes;
 using vesk_test::Encode;
 using vesk_test::Rule;
-using vesk_test::ScopedCodePage;
 
 // Each byte value alone, and after runs of kept bytes long enough for the
 // 16- and 32-byte steps, at changing offsets within them.
@@ -36,21 +35,19 @@ TEST(EncodeTest, EveryRuleKeepsExactlyItsBytes) {
 }
 
 TEST(EncodeTest, SpacesNullTextsAndMultibyteCharacters) {
-  VeskString s("a=");
-  s.EncodeString(nullptr, 6, true, true);
-  s.EncodeStringHighAscii(nullptr, 6);
-  EXPECT_EQ(Bytes(s), "a=");
   // Appended to buffers filled to each level: a character that may not fit
   // goes by itself, and the next one by its own rule.
   for (int length = 0; length < 10; ++length) {
     VeskString t(10);
     t.AppendString(std::string(size_t(length), '~').c_str());
+    t.EncodeString(nullptr, 6, true, true);  // null texts: nothing
+    t.EncodeStringHighAscii(nullptr, 6);
     t.EncodeString("ab cd", 5, true, false);
     t.EncodeStringHighAscii("ab\xE9gh", 5);
     EXPECT_EQ(Bytes(t), std::string(size_t(length), '~') + "ab+cdab%E9gh");
   }
   // The escaped copies: none of an empty text.
-  ScopedCodePage page("shift_jis");
+  vesk_test::ScopedCodePage page("shift_jis");
   const std::string run(300, 'a');  // long: widths asked for all bytes
   for (int r = vesk_test::kStrict; r < vesk_test::kRules; ++r) {
     EXPECT_EQ(Encode(Rule(r), ""), "(null)") << r;
@@ -60,11 +57,8 @@ TEST(EncodeTest, SpacesNullTextsAndMultibyteCharacters) {
   }
 }
 
-struct Var {
-  const char* name;
-  ScriptAtom value;
-  std::uint16_t flags = 0;
-};
+// A name, a value and flags.
+using Var = std::tuple<const char*, ScriptAtom, std::uint16_t>;
 
 // Rows: the current text, the variables and the query appended. Flags
 // 0x0001 leave a variable out. Names or values the host cannot give (heap
@@ -72,37 +66,37 @@ struct Var {
 // comes first with '?'. Below version 6 names and values stay UTF-8.
 TEST(EncodeTest, VariablesFollowTheCurrentText) {
   const ScriptAtom one = ScriptAtom::FromNumber(1),
-                   two = ScriptAtom::FromNumber(2);
-  const ScriptAtom e = ScriptAtom::FromString("\xC3\xA9");
-  const std::vector<Var> xy = {{"x", one}, {"y", two}};
+                   e = ScriptAtom::FromString("\xC3\xA9");
+  const std::vector<Var> xy = {{"x", one, 0}, {"y", one, 0}};
   const struct {
     const char* text;
     bool noQuestionMark;
     std::vector<Var> vars;
     std::string expected;
-    int failing = -1;
+    unsigned long failing = ~0UL;  // none
     int version = 6;
   } kRows[] = {
-      {nullptr, false, xy, "?x=1&y=2"},
-      {"/a/b?", false, {{"x", one}}, "/a/b?&x=1"},
-      {"/a=b", false, {{"x", one}}, "/a=b&x=1"},
-      {"/p&q", true, xy, "/p&q&x=1&y=2"},
-      {"/", false, {{"h", one, 1}, {"a$", two, 2}}, "/?a%24=2"},
-      {nullptr, false, xy, "?y=2", 0},
-      {nullptr, false, xy, "?y=2", 1},
-      {"", true, {{"\xC3\xA9", e}}, "%E9=%E9"},
-      {"", true, {{"\xC3\xA9", e}}, "%C3%A9=%C3%A9", -1, 5},
+      {nullptr, false, xy, "?x=1&y=1"},
+      {"/a/b?", false, {{"x", one, 0}}, "/a/b?&x=1"},
+      {"/a=b", false, {{"x", one, 0}}, "/a=b&x=1"},
+      {"/p&q", true, xy, "/p&q&x=1&y=1"},
+      {"/", false, {{"h", one, 1}, {"a$", one, 2}}, "/?a%24=1"},
+      {nullptr, false, xy, "?y=1", 0},
+      {nullptr, false, xy, "?y=1", 1},
+      {"", true, {{"\xC3\xA9", e, 0}}, "%E9=%E9"},
+      {"", true, {{"\xC3\xA9", e, 0}}, "%C3%A9=%C3%A9", ~0UL, 5},
   };
-  ScopedCodePage page("windows-1252");
+  vesk_test::ScopedCodePage page("windows-1252");
   for (const auto& row : kRows) {
     auto object = ScriptObject::Create();
-    for (const Var& v : row.vars) object->SetVariable(v.name, v.value, v.flags);
+    for (const auto& [name, value, flags] : row.vars) {
+      object->SetVariable(name, value, flags);
+    }
     CorePlayer player;
     player.convertToCodePage = true;
     VeskString s;
     if (row.text != nullptr) s.AppendString(row.text);
-    Pelgc::InjectHeapFault(row.failing < 0 ? ULONG_MAX : row.failing,
-                           Pelgc::HeapFault::kReturnNull, false);
+    Pelgc::InjectHeapFault(row.failing, Pelgc::HeapFault::kReturnNull, false);
     s.EncodeVariables(&player, object, row.version, row.noQuestionMark);
     Pelgc::ClearHeapFault();
     EXPECT_EQ(Bytes(s), row.expected) << row.expected << row.failing;
