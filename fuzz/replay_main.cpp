@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data,
@@ -12,24 +13,21 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data,
 
 int main(int argc, char** argv) {
   namespace fs = std::filesystem;
-  std::vector<fs::path> files;
+  std::vector<fs::directory_entry> files;
   for (int i = 1; i < argc; ++i) {
-    if (!fs::is_directory(argv[i])) {
-      files.emplace_back(argv[i]);
-      continue;
-    }
-    for (const fs::directory_entry& entry : fs::directory_iterator(argv[i])) {
-      if (entry.is_regular_file()) files.push_back(entry.path());
-    }
+    const fs::directory_entry arg(argv[i]);
+    if (!arg.is_directory()) files.push_back(arg);
+    if (arg.is_directory())
+      files.insert(files.end(), fs::directory_iterator(arg), {});
   }
-  std::sort(files.begin(), files.end());
-  for (const fs::path& file : files) {
-    std::fprintf(stderr, "replaying %s\n", file.c_str());
-    std::ifstream in(file, std::ios::binary);
-    std::vector<unsigned char> bytes((std::istreambuf_iterator<char>(in)),
-                                     std::istreambuf_iterator<char>());
-    bytes.push_back(0);  // a readable byte even for an empty input
-    LLVMFuzzerTestOneInput(bytes.data(), bytes.size() - 1);
+  std::sort(files.begin(), files.end());  // the same order on every run
+  for (const fs::directory_entry& file : files) {
+    std::fprintf(stderr, "replaying %s\n", file.path().c_str());
+    std::ifstream in(file.path(), std::ios::binary);
+    // A string: a readable NUL follows even an empty input.
+    const std::string bytes(std::istreambuf_iterator<char>(in), {});
+    LLVMFuzzerTestOneInput(
+        reinterpret_cast<const unsigned char*>(bytes.c_str()), bytes.size());
   }
   std::printf("replayed %zu inputs\n", files.size());
   return files.empty() ? 1 : 0;
