@@ -24,12 +24,9 @@ namespace vesk_test {
 // difference of the bytes it folds, read unsigned, is the result. (Of
 // strncasecmp's own result only the sign is standard.)
 inline int FoldedDifference(const char* a, const char* b, std::size_t n) {
-  if (strncasecmp(a, b, n) == 0) return 0;
-  std::size_t same = 0, differs = n;  // counts that compare so
-  while (differs - same > 1) {
-    const std::size_t mid = same + (differs - same) / 2;
-    (strncasecmp(a, b, mid) == 0 ? same : differs) = mid;
-  }
+  std::size_t same = 0;  // the longest prefixes that compare so
+  while (same < n && a[same] != 0 && strncasecmp(a, b, same + 1) == 0) ++same;
+  if (same == n) return 0;
   return std::tolower(static_cast<unsigned char>(a[same])) -
          std::tolower(static_cast<unsigned char>(b[same]));
 }
