@@ -94,7 +94,7 @@ void ExpectSame(const VeskString& s, const Mirror& m) {
   VESK_CHECK(state == m.state && s.Length() == int(m.text.size()) &&
              s.Capacity() == m.capacity);
   VESK_CHECK(state == State::kZeroed ||
-        std::memcmp(s.Text(), m.text.c_str(), m.text.size() + 1) == 0);
+             std::memcmp(s.Text(), m.text.c_str(), m.text.size() + 1) == 0);
 }
 
 // One operation on `s` and `m`; `s` may be made anew.
@@ -203,7 +203,7 @@ void CText(FuzzedDataProvider& in) {
   vesk_test::CheckSearches(textA.get(), textB.get(), c, nullB);
   const auto countedA = Exact(a, n), countedB = Exact(b, n);
   VESK_CHECK(VeskStrNICmp(countedA.get(), countedB.get(), n) ==
-        vesk_test::FoldedDifference(countedA.get(), countedB.get(), n));
+             vesk_test::FoldedDifference(countedA.get(), countedB.get(), n));
   Units units(a.begin(), a.end());  // bytes, some with a high byte added
   for (std::size_t i = 0; i < a.size(); ++i) {
     units[i] = (units[i] & 0xFF) | ((high >> (i % 64)) & 1) << 8;
@@ -211,17 +211,12 @@ void CText(FuzzedDataProvider& in) {
   vesk_test::CheckStrips(textA.get(), Exact(units).get(),
                          nullB ? nullptr : textB.get());
   vesk_test::CheckHexDigits(textA.get());
-  in.ConsumeIntegral<unsigned short>();  // two bytes no longer used
   const unsigned long readable = std::min<unsigned long>(n, a.size());
-  const auto value = in.ConsumeIntegral<unsigned long long>();
   ExpectHeapText(CreateStr(textA.get()), textA.get());
   ExpectHeapText(ConcatStr(textA.get(), textB.get()),
                  std::string(textA.get()) + textB.get());
   ExpectHeapText(CreateStr(Exact(a, readable).get(), readable),
                  a.substr(0, readable));
-  char* digits = U64ToChar(value);
-  VESK_CHECK(Pelgc::GetHeapStats().lastSize == 21);
-  VESK_CHECK(Take(digits) == std::to_string(value));
 }
 
 // ---- 2: the encoders ----
