@@ -43,14 +43,6 @@ std::unique_ptr<Unit[]> Exact(const std::basic_string<Unit>& text,
   return copy;
 }
 
-// A heap text's bytes up to its NUL; the text is released.
-std::string Take(char* text) {
-  VESK_CHECK(text != nullptr);
-  std::string bytes = text;
-  Pelgc::SystemDelete(text);
-  return bytes;
-}
-
 void PickCodePage(FuzzedDataProvider& in) {
   SetHostCodePage(in.PickValueInArray(
       {"windows-1252", "shift_jis", "gbk", "big5", "euc-kr", "utf-8"}));
@@ -225,7 +217,9 @@ void CText(FuzzedDataProvider& in) {
 // and the host can, else as it is.
 std::string Source(const std::string& text, bool convert) {
   char* converted = convert ? CreateMBCSFromUTF8(text.c_str(), true) : nullptr;
-  return converted != nullptr ? Take(converted) : text;
+  const std::string source = converted != nullptr ? converted : text;
+  Pelgc::SystemDelete(converted);
+  return source;
 }
 
 // In a single-byte code page the output is each byte of its source, kept
@@ -244,15 +238,13 @@ void Check(const std::string& out, const std::string& source,
   std::string decoded;
   for (std::size_t i = 0; i < out.size(); ++i) {
     const unsigned char c = out[i];
-    if (c == '%') {
-      const std::string hex = out.substr(i + 1, 2);
-      VESK_CHECK(std::strspn(hex.c_str(), "0123456789ABCDEF") == 2);
-      decoded += static_cast<char>(std::strtol(hex.c_str(), nullptr, 16));
-      i += 2;
-    } else {
-      VESK_CHECK(vesk_test::Kept(rule)[c] || (plus && c == '+'));
-      decoded += plus && c == '+' ? ' ' : static_cast<char>(c);
-    }
+    const std::string hex = c == '%' ? out.substr(i + 1, 2) : "";
+    VESK_CHECK(c == '%' ? std::strspn(hex.c_str(), "0123456789ABCDEF") == 2
+                        : vesk_test::Kept(rule)[c] || (plus && c == '+'));
+    decoded += c == '%'           ? char(std::strtol(hex.c_str(), nullptr, 16))
+               : plus && c == '+' ? ' '
+                                  : char(c);
+    i += hex.size();
   }
   VESK_CHECK(decoded == source);
 }
