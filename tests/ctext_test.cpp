@@ -64,10 +64,9 @@ TEST(CTextTest, ScansAcrossBlockEdges) {
     for (std::size_t at = 0; at < length && length <= 300; ++at) {
       if (at % 16 > 1 && at % 16 < 15 && length - at > 33) continue;
       for (const auto& [x, y] : kDifferences) {
-        std::string p = a, q = b;
+        std::string p = a, q = b.substr(0, at);
         p[at] = x;
-        q[at] = y;
-        q.resize(y == 0 ? at : length);
+        if (y != 0) q += y + b.substr(at + 1);  // else `q` ends at `at`
         CheckAll(p, q, x);
         CheckAll(q, p, y);
       }
