@@ -122,14 +122,14 @@ TEST(CTextTest, NumberReaders) {
       {"-12", 1, 0},     {"-12", 2, -1},
       {"99", 0, 0},      {"4294967296", 20, 1LL << 32}};  // an int wraps to 0
   for (const auto& [text, n, value] : kRows) {
-    const auto counted = Guarded8::Counted(text, n);
-    EXPECT_EQ(ToInt64(counted.get(), n), value) << text << n;
-    EXPECT_EQ(ToInt(counted.get(), n), int(value)) << text << n;
+    const auto counted = Guarded8::Counted(text, n);  // whole for n >= 10
+    const char* t = counted.get();
+    EXPECT_EQ(ToInt64(t, n), value) << text << n;
+    EXPECT_EQ(ToInt(t, n), int(value)) << text << n;
     if (n < 10) continue;
-    const Guarded8 whole(text);
-    EXPECT_EQ(ToInt64(whole.get()), value) << text;
-    EXPECT_EQ(ToInt(whole.get()), int(value)) << text;
-    EXPECT_EQ(ToUInt64(whole.get()), text[0] == '-' ? 0 : value) << text;
+    EXPECT_EQ(ToInt64(t), value) << text;
+    EXPECT_EQ(ToInt(t), int(value)) << text;
+    EXPECT_EQ(ToUInt64(t), text[0] == '-' ? 0 : value) << text;
   }
   EXPECT_EQ(ToInt(kNullText), 0);
   const Guarded8 wraps("18446744073709551617");  // 2^64 + 1 wraps to 1
@@ -140,17 +140,28 @@ TEST(CTextTest, NumberReaders) {
   EXPECT_EQ(ToInt(Guarded16(Guarded16::Units{'1', 0x130, 0x12D}).get()), 1);
 }
 
-// A script string's text is a block of just its size; nothing is asked
-// of the heap for a null or too large a text.
+// Copies and joins of texts at a page's edge, and a script string's text,
+// each in a block of just its size; nothing is asked of the heap for a
+// null or too large a text.
 TEST(CTextTest, HeapTexts) {
+  const auto made = [](char* text, unsigned long size) {
+    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, size);
+    return vesk_test::TakeHeapText(text);
+  };
   marlo::String empty(""), vm("h\xC3\xA9llo \xF0\x9F\x98\x80");
   for (marlo::String* s : {static_cast<marlo::String*>(nullptr), &empty, &vm}) {
     const std::string bytes = s == &vm ? "h\xC3\xA9llo \xF0\x9F\x98\x80" : "";
-    EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(s)), bytes);
-    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, bytes.size() + 1);
+    const unsigned long n = bytes.size(), half = n / 2;
+    const Guarded8 text(bytes), tail(bytes + "?");
+    const auto counted = Guarded8::Counted(bytes, half);
+    EXPECT_EQ(made(CreateStr(s), n + 1), bytes);
+    EXPECT_EQ(made(CreateStr(text.get()), n + 1), bytes);
+    EXPECT_EQ(made(ConcatStr(text.get(), tail.get()), 2 * n + 2),
+              bytes + bytes + "?");
+    EXPECT_EQ(made(CreateStr(counted.get(), half), half + 1),
+              bytes.substr(0, half));
   }
-  EXPECT_EQ(vesk_test::TakeHeapText(CreateStr(5UL)), "");
-  EXPECT_EQ(Pelgc::GetHeapStats().lastSize, 6u);
+  EXPECT_EQ(made(CreateStr(5UL), 6), "");
   const auto unreadable = Guarded8::Counted("x", 0);
   const unsigned long requests = Pelgc::GetHeapStats().requests;
   // ULONG_MAX: n + 1 wraps to 0.
