@@ -27,8 +27,7 @@ inline int FoldedDifference(const char* a, const char* b, std::size_t n) {
   std::size_t same = 0;  // the longest prefixes that compare so
   while (same < n && a[same] != 0 && strncasecmp(a, b, same + 1) == 0) ++same;
   if (same == n) return 0;
-  return std::tolower(static_cast<unsigned char>(a[same])) -
-         std::tolower(static_cast<unsigned char>(b[same]));
+  return std::tolower(a[same] & 0xFF) - std::tolower(b[same] & 0xFF);
 }
 
 // What the character searches find: a byte equal to `c` read as signed.
