@@ -28,7 +28,6 @@ void CheckAll(const std::string& a, const std::string& b, int c) {
   const Guarded16 wide(Guarded16::Units(bytes, bytes + a.size()));
   vesk_test::CheckSearches(ga.get(), gb.get(), c, false);
   vesk_test::CheckStrips(ga.get(), wide.get(), gb.get());
-  vesk_test::CheckHexDigits(ga.get());
   for (std::size_t n : {b.size(), b.size() + 1}) {
     const auto ca = Guarded8::Counted(a, n), cb = Guarded8::Counted(b, n);
     EXPECT_EQ(VeskStrNICmp(ca.get(), cb.get(), n),
@@ -82,14 +81,13 @@ TEST(CTextTest, ScansAcrossBlockEdges) {
   }
 }
 
-// Rows: a text and a second text, as needle and as prefix.
+// Rows: a text and a second text, as needle and as prefix: strips that
+// skip to the text's end, high bytes for the character searches (which
+// take them signed only), empty texts.
 TEST(CTextTest, DocumentedEdges) {
   const std::pair<std::string, std::string> kRows[] = {
-      {"FILE:x", "file:"},   {"abc", ""},
-      {"ab", "abc"},         {"", "a"},
-      {"\xE9x\xE9", "\xE9"}, {"abc", "AB"},
-      {" \t//x", "/"},       {"///x", "x"},
-      {"\xC9", "\xE9"},      {"/09:@AFG`afg", "g"}};
+      {" \t", "/"},          {"//", "\xE9"}, {" \tFILE:x", "file:"},
+      {"\xE9x\xE9", "\xE9"}, {"abc", ""},    {"", "a"}};
   for (const auto& [a, b] : kRows) {
     for (int c : {98, 0, -23, 233, 300, 120 - 256}) CheckAll(a, b, c);
   }
