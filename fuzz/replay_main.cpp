@@ -1,5 +1,5 @@
-// Runs a fuzz target over input files and directories of them, so that the
-// ordinary test run replays the seed corpus with any compiler.
+// Runs a fuzz target over every input in the directory it is given, so
+// that the ordinary test run replays the seed corpus with any compiler.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -12,18 +12,13 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data,
                                       std::size_t size);
 
 int main(int argc, char** argv) {
-  namespace fs = std::filesystem;
-  std::vector<fs::directory_entry> files;
-  for (int i = 1; i < argc; ++i) {
-    const fs::directory_entry arg(argv[i]);
-    if (!arg.is_directory()) files.push_back(arg);
-    if (arg.is_directory())
-      files.insert(files.end(), fs::directory_iterator(arg), {});
-  }
+  if (argc != 2) return 2;
+  std::vector<std::filesystem::path> files(
+      std::filesystem::directory_iterator(argv[1]), {});
   std::sort(files.begin(), files.end());  // the same order on every run
-  for (const fs::directory_entry& file : files) {
-    std::fprintf(stderr, "replaying %s\n", file.path().c_str());
-    std::ifstream in(file.path(), std::ios::binary);
+  for (const std::filesystem::path& file : files) {
+    std::fprintf(stderr, "replaying %s\n", file.c_str());
+    std::ifstream in(file, std::ios::binary);
     // A string: a readable NUL follows even an empty input.
     const std::string bytes(std::istreambuf_iterator<char>(in), {});
     LLVMFuzzerTestOneInput(
