@@ -30,8 +30,6 @@
 
 namespace {
 
-using Units = std::basic_string<unsigned short>;
-
 // `text` and its terminator in a block of just that size.
 template <class Unit>
 std::unique_ptr<Unit[]> Exact(const std::basic_string<Unit>& text) {
@@ -66,10 +64,8 @@ struct Mirror {
   }
   // An empty text is the shared one; a new buffer has just the room.
   void Set(const std::string& bytes) {
-    if (bytes.empty() || state != State::kOwn ||
-        int(bytes.size()) >= capacity) {
-      capacity = int(bytes.size()) + 1;
-    }
+    const int n = int(bytes.size());
+    if (n == 0 || state != State::kOwn || n >= capacity) capacity = n + 1;
     state = bytes.empty() ? State::kShared : State::kOwn;
     text = bytes;
   }
@@ -183,7 +179,8 @@ void CText(FuzzedDataProvider& in) {
   const bool nullB = in.ConsumeIntegralInRange(0, 7) == 0;
   const auto textA = Exact(a), textB = Exact(b);
   vesk_test::CheckSearches(textA.get(), textB.get(), c, nullB);
-  Units units(a.begin(), a.end());  // bytes, some with a high byte added
+  // The bytes of `a`, some with a high byte added.
+  std::basic_string<unsigned short> units(a.begin(), a.end());
   for (std::size_t i = 0; i < a.size(); ++i) {
     units[i] = (units[i] & 0xFF) | ((high >> (i % 64)) & 1) << 8;
   }
