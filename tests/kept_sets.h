@@ -6,6 +6,7 @@
 #define VESK_TESTS_KEPT_SETS_H
 
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -20,18 +21,14 @@ using Table = std::array<bool, 256>;
 
 inline const Table& Kept(Rule rule) {
   static const std::array<Table, kRules> tables = [] {
-    const char* alnum =
-        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    const auto in = [](const char* set, int b) {
-      return std::strchr(set, b) != nullptr;
-    };
     std::array<Table, kRules> t{};
     for (int b = 1; b < 256; ++b) {
-      t[kForm][b] = in(alnum, b);
+      const bool alnum = b < 0x80 && std::isalnum(b);  // ASCII's 62
+      t[kForm][b] = alnum;
       t[kHighAscii][b] = t[kUpper128][b] = b < 0x80;
-      t[kStrict][b] = in(alnum, b) || in("-.", b);
+      t[kStrict][b] = alnum || std::strchr("-.", b);
       t[kLenient][b] = true;
-      t[kUrl][b] = in(alnum, b) || in("!\"#$%&'()*+,-./:;=?@[]_~", b);
+      t[kUrl][b] = alnum || std::strchr("!\"#$%&'()*+,-./:;=?@[]_~", b);
     }
     return t;
   }();
