@@ -1,12 +1,12 @@
 // Each module operation beside the peers a C++ developer would reach for,
 // on the same inputs in the same run, so every figure reads as a ratio.
 // Benchmarks are named Operation/input/implementation.
+#include <absl/strings/str_cat.h>
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 #include <fmt/format.h>
 #include <strings.h>
 
-#include <absl/strings/str_cat.h>
 #include <boost/url/encode.hpp>
 #include <boost/url/grammar/lut_chars.hpp>
 #include <charconv>
@@ -64,7 +64,7 @@ std::string HighAlphabet() {
 // Shift_JIS text: kana and kanji pairs among ASCII words.
 std::string ShiftJis(size_t length) {
   static const char* kPieces[] = {"\x93\xFA", "\x96\x7B", "\x82\xA0",
-                                  "\x83\x5C", "abc ", "id=7&"};
+                                  "\x83\x5C", "abc ",     "id=7&"};
   std::string text;
   std::uniform_int_distribution<size_t> pick(0, 5);
   while (text.size() < length) text += kPieces[pick(Random())];
@@ -96,7 +96,8 @@ const std::vector<std::string>& Pieces() {
   static const std::vector<std::string> pieces = [] {
     std::vector<std::string> all;
     std::uniform_int_distribution<size_t> length(8, 64);
-    for (int i = 0; i < 256; ++i) all.push_back(Draw(QueryAlphabet(), length(Random())));
+    for (int i = 0; i < 256; ++i)
+      all.push_back(Draw(QueryAlphabet(), length(Random())));
     return all;
   }();
   return pieces;
@@ -174,7 +175,6 @@ class HeapLayouts {
   void* m_held = nullptr;
 };
 
-
 // Registers a row whose every iteration builds one string from empty.
 template <class Build>
 void AddGrowing(const std::string& name, Build build) {
@@ -191,12 +191,14 @@ void AddAppends() {
   constexpr int kChars = 4096;
   AddGrowing("AppendChar/4KiB/vesk", [] {
     VeskString s;
-    for (int i = 0; i < kChars; ++i) s.AppendChar(static_cast<char>('a' + (i & 15)));
+    for (int i = 0; i < kChars; ++i)
+      s.AppendChar(static_cast<char>('a' + (i & 15)));
     DoNotOptimize(s.Text());
   });
   AddGrowing("AppendChar/4KiB/std_push_back", [] {
     std::string s;
-    for (int i = 0; i < kChars; ++i) s.push_back(static_cast<char>('a' + (i & 15)));
+    for (int i = 0; i < kChars; ++i)
+      s.push_back(static_cast<char>('a' + (i & 15)));
     DoNotOptimize(s.data());
   });
   AddGrowing("AppendString/pieces_8_64/vesk", [] {
@@ -211,7 +213,8 @@ void AddAppends() {
   });
   AddGrowing("AppendString/pieces_8_64/absl_StrAppend", [] {
     std::string s;
-    for (const std::string& piece : Pieces()) absl::StrAppend(&s, piece.c_str());
+    for (const std::string& piece : Pieces())
+      absl::StrAppend(&s, piece.c_str());
     DoNotOptimize(s.data());
   });
 }
@@ -236,7 +239,8 @@ void AddNumberText() {
         s.clear();
         for (long n : Numbers()) {
           char digits[72];
-          s.append(digits, std::to_chars(digits, digits + sizeof digits, n, radix).ptr);
+          s.append(digits,
+                   std::to_chars(digits, digits + sizeof digits, n, radix).ptr);
         }
         DoNotOptimize(s.data());
       }
@@ -267,7 +271,8 @@ void AddNumberText() {
     for (auto _ : state) {
       for (long n : Numbers()) {
         char* text = new char[21];
-        *std::to_chars(text, text + 20, static_cast<unsigned long long>(n)).ptr = '\0';
+        *std::to_chars(text, text + 20, static_cast<unsigned long long>(n))
+             .ptr = '\0';
         DoNotOptimize(text);
         delete[] text;
       }
@@ -278,21 +283,25 @@ void AddNumberText() {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToInt64(t.c_str()));
   });
-  Add("ToInt64/mixed/std_from_chars", [&texts](State& state) { FromChars<long long>(state, texts); });
+  Add("ToInt64/mixed/std_from_chars",
+      [&texts](State& state) { FromChars<long long>(state, texts); });
   Add("ToInt64/mixed/strtoll", [&texts](State& state) {
     for (auto _ : state)
-      for (const std::string& t : texts) DoNotOptimize(std::strtoll(Opaque(t.c_str()), nullptr, 10));
+      for (const std::string& t : texts)
+        DoNotOptimize(std::strtoll(Opaque(t.c_str()), nullptr, 10));
   });
   Add("ToUInt64/mixed/vesk", [&texts](State& state) {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToUInt64(t.c_str()));
   });
-  Add("ToUInt64/mixed/std_from_chars", [&texts](State& state) { FromChars<unsigned long long>(state, texts); });
+  Add("ToUInt64/mixed/std_from_chars",
+      [&texts](State& state) { FromChars<unsigned long long>(state, texts); });
   Add("ToInt/mixed/vesk", [&texts](State& state) {
     for (auto _ : state)
       for (const std::string& t : texts) DoNotOptimize(ToInt(t.c_str()));
   });
-  Add("ToInt/mixed/std_from_chars", [&texts](State& state) { FromChars<int>(state, texts); });
+  Add("ToInt/mixed/std_from_chars",
+      [&texts](State& state) { FromChars<int>(state, texts); });
 }
 
 // ---- Percent-encoding ------------------------------------------------------
@@ -313,25 +322,31 @@ const boost::urls::grammar::lut_chars kUrlKept(
 // work string's first growth (257 bytes), a character width for each byte,
 // the result written into the work buffer (here by one memcpy of it), the
 // exact copy, and the releases. Not a peer: the floor under the module.
-void AddRequiredCalls(const std::string& op, const std::string& text, int64_t bytes) {
+void AddRequiredCalls(const std::string& op, const std::string& text,
+                      int64_t bytes) {
   VeskString source(text.c_str());
   char* encoded = source.CreateEncodedUrl();
   const std::string result = encoded;
   Pelgc::SystemDelete(encoded);
-  Add(op + "floor_required_calls", [&text, result](State& state) {
-    const unsigned long copySize = result.size() + 1;
-    for (auto _ : state) {
-      auto* work = static_cast<char*>(Pelgc::SystemNew(257, Pelgc::kMayReturnNull));
-      for (char c : text) DoNotOptimize(PlayerBytesInChar(static_cast<unsigned char>(c)));
-      std::memcpy(work, result.c_str(), copySize);
-      DoNotOptimize(work);
-      void* copy = Pelgc::SystemNew(copySize, Pelgc::kMayReturnNull);
-      std::memcpy(copy, work, copySize);
-      Pelgc::SystemDelete(work);
-      DoNotOptimize(copy);
-      Pelgc::SystemDelete(copy);
-    }
-  }, bytes);
+  Add(
+      op + "floor_required_calls",
+      [&text, result](State& state) {
+        const unsigned long copySize = result.size() + 1;
+        for (auto _ : state) {
+          auto* work =
+              static_cast<char*>(Pelgc::SystemNew(257, Pelgc::kMayReturnNull));
+          for (char c : text)
+            DoNotOptimize(PlayerBytesInChar(static_cast<unsigned char>(c)));
+          std::memcpy(work, result.c_str(), copySize);
+          DoNotOptimize(work);
+          void* copy = Pelgc::SystemNew(copySize, Pelgc::kMayReturnNull);
+          std::memcpy(copy, work, copySize);
+          Pelgc::SystemDelete(work);
+          DoNotOptimize(copy);
+          Pelgc::SystemDelete(copy);
+        }
+      },
+      bytes);
 }
 
 void AddEncoders() {
@@ -340,59 +355,84 @@ void AddEncoders() {
     const auto bytes = static_cast<int64_t>(text.size());
     const bool shiftJis = input.name.rfind("shift_jis", 0) == 0;
     const std::string form = "EncodeString/" + input.name + "/";
-    Add(form + "vesk", [&text](State& state) {
-      VeskString s;
-      for (auto _ : state) {
-        s.Truncate(0);
-        s.EncodeString(text.c_str(), 5, true, false);
-        DoNotOptimize(s.Text());
-      }
-    }, bytes);
-    Add(form + "boost_url", [&text](State& state) {
-      boost::urls::encoding_opts opts;
-      opts.space_as_plus = true;
-      for (auto _ : state) DoNotOptimize(boost::urls::encode(text, kFormKept, opts));
-    }, bytes);
+    Add(
+        form + "vesk",
+        [&text](State& state) {
+          VeskString s;
+          for (auto _ : state) {
+            s.Truncate(0);
+            s.EncodeString(text.c_str(), 5, true, false);
+            DoNotOptimize(s.Text());
+          }
+        },
+        bytes);
+    Add(
+        form + "boost_url",
+        [&text](State& state) {
+          boost::urls::encoding_opts opts;
+          opts.space_as_plus = true;
+          for (auto _ : state)
+            DoNotOptimize(boost::urls::encode(text, kFormKept, opts));
+        },
+        bytes);
     const std::string url = "CreateEncodedUrl/" + input.name + "/";
-    Add(url + "vesk", [&text, shiftJis](State& state) {
-      const char* page = shiftJis ? "shift_jis" : "windows-1252";
-      SetHostCodePage(page);
-      VeskString s(text.c_str());
-      for (auto _ : state) {
-        char* copy = s.CreateEncodedUrl();
-        DoNotOptimize(copy);
-        Pelgc::SystemDelete(copy);
-      }
-      SetHostCodePage("windows-1252");
-    }, bytes);
-    Add(url + "boost_url", [&text](State& state) {
-      for (auto _ : state) DoNotOptimize(boost::urls::encode(text, kUrlKept));
-    }, bytes);
+    Add(
+        url + "vesk",
+        [&text, shiftJis](State& state) {
+          const char* page = shiftJis ? "shift_jis" : "windows-1252";
+          SetHostCodePage(page);
+          VeskString s(text.c_str());
+          for (auto _ : state) {
+            char* copy = s.CreateEncodedUrl();
+            DoNotOptimize(copy);
+            Pelgc::SystemDelete(copy);
+          }
+          SetHostCodePage("windows-1252");
+        },
+        bytes);
+    Add(
+        url + "boost_url",
+        [&text](State& state) {
+          for (auto _ : state)
+            DoNotOptimize(boost::urls::encode(text, kUrlKept));
+        },
+        bytes);
     if (input.name == "query_8_32") AddRequiredCalls(url, text, bytes);
-    Add("EscapedCStr/" + input.name + "/vesk", [&text](State& state) {
-      VeskString s(text.c_str());
-      for (auto _ : state) {
-        char* copy = s.CreateEscapedCStr(true);
-        DoNotOptimize(copy);
-        Pelgc::SystemDelete(copy);
-      }
-    }, bytes);
-    for (const std::string& op : {form, url, "EscapedCStr/" + input.name + "/"}) {
-      Add(op + "curl_easy_escape", [&text](State& state) {
-        for (auto _ : state) {
-          char* copy = curl_easy_escape(Curl(), text.data(), static_cast<int>(text.size()));
-          DoNotOptimize(copy);
-          curl_free(copy);
-        }
-      }, bytes);
-      Add(op + "memcpy", [&text](State& state) {
-        std::vector<char> out(text.size() + 1);
-        for (auto _ : state) {
-          std::memcpy(out.data(), text.data(), text.size());
-          DoNotOptimize(out.data());
-          benchmark::ClobberMemory();
-        }
-      }, bytes);
+    Add(
+        "EscapedCStr/" + input.name + "/vesk",
+        [&text](State& state) {
+          VeskString s(text.c_str());
+          for (auto _ : state) {
+            char* copy = s.CreateEscapedCStr(true);
+            DoNotOptimize(copy);
+            Pelgc::SystemDelete(copy);
+          }
+        },
+        bytes);
+    for (const std::string& op :
+         {form, url, "EscapedCStr/" + input.name + "/"}) {
+      Add(
+          op + "curl_easy_escape",
+          [&text](State& state) {
+            for (auto _ : state) {
+              char* copy = curl_easy_escape(Curl(), text.data(),
+                                            static_cast<int>(text.size()));
+              DoNotOptimize(copy);
+              curl_free(copy);
+            }
+          },
+          bytes);
+      Add(
+          op + "memcpy",
+          [&text](State& state) {
+            std::vector<char> out(text.size() + 1);
+            for (auto _ : state) {
+              std::memcpy(out.data(), text.data(), text.size());
+              DoNotOptimize(out.data());
+              benchmark::ClobberMemory();
+            }
+          },
+          bytes);
     }
   }
 }
@@ -407,13 +447,16 @@ struct SearchCase {
 
 const std::vector<SearchCase>& SearchCases() {
   static const std::vector<SearchCase> cases = {
-      {"url", "https://media.example.com/content/player/v2/movies/intro.swf"
-              "?session=84d1ae79&quality=high&lang=en&search=Mixed+Case",
+      {"url",
+       "https://media.example.com/content/player/v2/movies/intro.swf"
+       "?session=84d1ae79&quality=high&lang=en&search=Mixed+Case",
        "search="},
-      {"url_miss", "https://media.example.com/content/player/v2/movies/intro"
-                   ".swf?session=84d1ae79&quality=high&lang=en",
+      {"url_miss",
+       "https://media.example.com/content/player/v2/movies/intro"
+       ".swf?session=84d1ae79&quality=high&lang=en",
        "search="},
-      {"adversarial_1MiB", std::string(1 << 20, 'a'), std::string(1000, 'a') + "b"},
+      {"adversarial_1MiB", std::string(1 << 20, 'a'),
+       std::string(1000, 'a') + "b"},
   };
   return cases;
 }
@@ -455,14 +498,17 @@ void AddSearches() {
   static const std::string a = SearchCases()[0].haystack;
   static std::string b = [] {
     std::string upper = a;
-    for (char& ch : upper) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    for (char& ch : upper)
+      ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
     return upper;
   }();
   Add("VeskStrICmp/url/vesk", [](State& state) {
-    for (auto _ : state) DoNotOptimize(VeskStrICmp(Opaque(a.c_str()), Opaque(b.c_str())));
+    for (auto _ : state)
+      DoNotOptimize(VeskStrICmp(Opaque(a.c_str()), Opaque(b.c_str())));
   });
   Add("VeskStrICmp/url/glibc_strcasecmp", [](State& state) {
-    for (auto _ : state) DoNotOptimize(strcasecmp(Opaque(a.c_str()), Opaque(b.c_str())));
+    for (auto _ : state)
+      DoNotOptimize(strcasecmp(Opaque(a.c_str()), Opaque(b.c_str())));
   });
   // Not a peer: both texts measured before any block of them is loaded.
   Add("VeskStrICmp/url/floor_length_scans", [](State& state) {
@@ -478,14 +524,17 @@ void AddSearches() {
     for (auto _ : state) {
       DoNotOptimize(std::memchr(Opaque(a.c_str()), 0, 128));
       DoNotOptimize(std::memchr(Opaque(b.c_str()), 0, a.size()));
-      DoNotOptimize(std::memcmp(Opaque(a.c_str()), Opaque(a_copy.c_str()), a.size()));
+      DoNotOptimize(
+          std::memcmp(Opaque(a.c_str()), Opaque(a_copy.c_str()), a.size()));
     }
   });
   Add("VeskStrNICmp/url/vesk", [](State& state) {
-    for (auto _ : state) DoNotOptimize(VeskStrNICmp(Opaque(a.c_str()), Opaque(b.c_str()), 64));
+    for (auto _ : state)
+      DoNotOptimize(VeskStrNICmp(Opaque(a.c_str()), Opaque(b.c_str()), 64));
   });
   Add("VeskStrNICmp/url/glibc_strncasecmp", [](State& state) {
-    for (auto _ : state) DoNotOptimize(strncasecmp(Opaque(a.c_str()), Opaque(b.c_str()), 64));
+    for (auto _ : state)
+      DoNotOptimize(strncasecmp(Opaque(a.c_str()), Opaque(b.c_str()), 64));
   });
   Add("VeskStrChr/url/vesk", [](State& state) {
     for (auto _ : state) DoNotOptimize(VeskStrChr(Opaque(a.c_str()), '&'));

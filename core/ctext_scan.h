@@ -33,7 +33,8 @@ inline __m128i Broadcast(unsigned char byte) {
 
 // FoldByte on 16 bytes: 'A' to 'Z' gain 0x20.
 inline __m128i FoldBlock(__m128i bytes) {
-  return _mm_or_si128(bytes, _mm_and_si128(InRange(bytes, 'A', 26), _mm_set1_epi8(0x20)));
+  return _mm_or_si128(
+      bytes, _mm_and_si128(InRange(bytes, 'A', 26), _mm_set1_epi8(0x20)));
 }
 #endif
 
@@ -107,7 +108,8 @@ VESK_TARGET_AVX2 inline __m256i FoldBlock32(__m256i bytes) {
 
 // FoldedMismatch on 32 bytes.
 VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
-  const __m256i letter = InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);
+  const __m256i letter =
+      InRange32(_mm256_or_si256(a, _mm256_set1_epi8(0x20)), 'a', 26);
   const __m256i caseBit = _mm256_and_si256(letter, _mm256_set1_epi8(0x20));
   const __m256i rest = _mm256_andnot_si256(caseBit, _mm256_xor_si256(a, b));
   const __m256i same = _mm256_cmpeq_epi8(rest, _mm256_setzero_si256());
@@ -120,7 +122,8 @@ VESK_TARGET_AVX2 inline unsigned FoldedMismatch32(__m256i a, __m256i b) {
 // Runs of 16 bytes or more are compared in blocks, the last overlapping
 // bytes already compared, so that nothing outside either run is read.
 template <bool kFold>
-inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n) {
+inline std::size_t FirstDifferenceIn(const char* a, const char* b,
+                                     std::size_t n) {
   std::size_t i = 0;
 #if VESK_WITH_SSE2
   if (n >= 16) {
@@ -133,16 +136,20 @@ inline std::size_t FirstDifferenceIn(const char* a, const char* b, std::size_t n
     }
   }
 #endif
-  const auto map = [](char c) { return kFold ? FoldByte(c) : static_cast<unsigned char>(c); };
+  const auto map = [](char c) {
+    return kFold ? FoldByte(c) : static_cast<unsigned char>(c);
+  };
   while (i < n && map(a[i]) == map(b[i])) ++i;
   return i;
 }
 
-inline std::size_t FirstFoldedDifference(const char* a, const char* b, std::size_t n) {
+inline std::size_t FirstFoldedDifference(const char* a, const char* b,
+                                         std::size_t n) {
   return FirstDifferenceIn<true>(a, b, n);
 }
 
-inline std::size_t FirstDifference(const char* a, const char* b, std::size_t n) {
+inline std::size_t FirstDifference(const char* a, const char* b,
+                                   std::size_t n) {
   return FirstDifferenceIn<false>(a, b, n);
 }
 

@@ -17,18 +17,20 @@ int FoldDifference(char a, char b) { return FoldByte(a) - FoldByte(b); }
 #if VESK_WITH_AVX2
 // FirstFoldedDifference in 32-byte blocks, for runs of at least 32 bytes.
 // Out of line, so that the caller's memchr calls need no vzeroupper.
-VESK_TARGET_AVX2 __attribute__((noinline)) std::size_t FirstFoldedDifferenceWide(
-    const char* a, const char* b, std::size_t n) {
+VESK_TARGET_AVX2 __attribute__((noinline)) std::size_t
+FirstFoldedDifferenceWide(const char* a, const char* b, std::size_t n) {
   for (std::size_t i = 0;; i += 32) {
     if (i + 32 > n) i = n - 32;
-    const unsigned differ = vesk::FoldedMismatch32(vesk::Load32(a + i), vesk::Load32(b + i));
+    const unsigned differ =
+        vesk::FoldedMismatch32(vesk::Load32(a + i), vesk::Load32(b + i));
     if (differ != 0) return i + __builtin_ctz(differ);
     if (i + 32 == n) return n;
   }
 }
 #endif
 
-std::size_t FirstFoldedDifferenceAnyWidth(const char* a, const char* b, std::size_t n) {
+std::size_t FirstFoldedDifferenceAnyWidth(const char* a, const char* b,
+                                          std::size_t n) {
 #if VESK_WITH_AVX2
   if (n >= 32 && vesk::g_hasAvx2) return FirstFoldedDifferenceWide(a, b, n);
 #endif
@@ -46,7 +48,8 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
     const std::size_t want = step < limit - done ? step : limit - done;
     const std::size_t aLength = BoundedLength(a + done, want);
     const std::size_t common = BoundedLength(b + done, aLength);
-    const std::size_t diff = FirstFoldedDifferenceAnyWidth(a + done, b + done, common);
+    const std::size_t diff =
+        FirstFoldedDifferenceAnyWidth(a + done, b + done, common);
     if (diff < common) return FoldDifference(a[done + diff], b[done + diff]);
     done += common;
     if (done == limit) return 0;

@@ -32,7 +32,8 @@ void VeskString::EncodeVariables(CorePlayer* player,
         (variable->GetFlags() & ScriptVariable::kDontEnum) != 0) {
       continue;
     }
-    const vesk::ScopedBlock value(player->ToString(ScriptAtom(variable->value)));
+    const vesk::ScopedBlock value(
+        player->ToString(ScriptAtom(variable->value)));
     if (value.get() == nullptr) continue;
     if (!firstPair) {
       AppendChar('&');

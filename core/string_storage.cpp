@@ -38,9 +38,7 @@ VeskString::VeskString(int capacity)
   m_text[0] = '\0';
 }
 
-VeskString::VeskString(const VeskString& other) : VeskString() {
-  Copy(other);
-}
+VeskString::VeskString(const VeskString& other) : VeskString() { Copy(other); }
 
 VeskString& VeskString::operator=(const VeskString& other) {
   if (&other != this) Copy(other);
@@ -75,8 +73,8 @@ void VeskString::Set(const char* text, int length) {
   } else {
     Clear();
     if (n >= INT_MAX) Pelgc::GCHeap::SignalObjectTooLarge();
-    m_text = vesk::RequestBuffer(static_cast<int>(n) + 1,
-                                 Pelgc::kMayReturnNull);
+    m_text =
+        vesk::RequestBuffer(static_cast<int>(n) + 1, Pelgc::kMayReturnNull);
     if (m_text == nullptr) return;  // left zeroed
     m_capacity = static_cast<int>(n) + 1;
     std::memcpy(m_text, text, n);

@@ -19,7 +19,8 @@ using vesk::TextPrefix;
 // Whether the `n` bytes at `a` and `b` are the same. Short runs compare as
 // two overlapping words, which reads no byte outside either run; no run
 // needs a call.
-__attribute__((always_inline)) inline bool SameBytes(const char* a, const char* b,
+__attribute__((always_inline)) inline bool SameBytes(const char* a,
+                                                     const char* b,
                                                      std::size_t n) {
   const auto same = [&](auto word, std::size_t at) {
     decltype(word) x, y;
@@ -159,9 +160,9 @@ constexpr std::size_t kCheckAllowance = 256;
 // The two-way scan from place `from` on, the text known to run `known`
 // bytes, measured in steps of which the last was `step` long.
 template <class Bytes>
-__attribute__((noinline)) const char* TwoWayFrom(const char* text, std::size_t step,
-                                                 std::size_t known, std::size_t from,
-                                                 const char* needle, std::size_t m) {
+__attribute__((noinline)) const char* TwoWayFrom(
+    const char* text, std::size_t step, std::size_t known, std::size_t from,
+    const char* needle, std::size_t m) {
   TextPrefix prefix(text, step, known);
   return TwoWay<Bytes>(text, prefix, from, needle, static_cast<long>(m));
 }
@@ -182,8 +183,9 @@ struct Blocks16 {
   static std::uint32_t Hits(const char* block, Needle n) {
     const __m128i head = Bytes::MapBlock(vesk::Load16(block));
     const __m128i tail = Bytes::MapBlock(vesk::Load16(block + n.length - 1));
-    return vesk::BlockMask(_mm_and_si128(_mm_cmpeq_epi8(head, vesk::Broadcast(n.first)),
-                                         _mm_cmpeq_epi8(tail, vesk::Broadcast(n.last))));
+    return vesk::BlockMask(
+        _mm_and_si128(_mm_cmpeq_epi8(head, vesk::Broadcast(n.first)),
+                      _mm_cmpeq_epi8(tail, vesk::Broadcast(n.last))));
   }
 };
 
@@ -191,7 +193,8 @@ template <class Bytes>
 struct Blocks16Pair {
   static constexpr std::size_t kPlaces = 32;
   static std::uint32_t Hits(const char* block, Needle n) {
-    return Blocks16<Bytes>::Hits(block, n) | Blocks16<Bytes>::Hits(block + 16, n) << 16;
+    return Blocks16<Bytes>::Hits(block, n) |
+           Blocks16<Bytes>::Hits(block + 16, n) << 16;
   }
 };
 #endif
@@ -205,8 +208,8 @@ struct Blocks32 {
     const __m256i tail = Bytes::MapBlock32(vesk::Load32(block + n.length - 1));
     const __m256i first = _mm256_set1_epi8(static_cast<char>(n.first));
     const __m256i last = _mm256_set1_epi8(static_cast<char>(n.last));
-    return static_cast<std::uint32_t>(_mm256_movemask_epi8(
-        _mm256_and_si256(_mm256_cmpeq_epi8(head, first), _mm256_cmpeq_epi8(tail, last))));
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_and_si256(
+        _mm256_cmpeq_epi8(head, first), _mm256_cmpeq_epi8(tail, last))));
   }
 };
 #endif
@@ -218,8 +221,10 @@ struct Blocks32 {
 template <class Bytes, template <class> class... Widths>
 struct Scan {
   template <class Check>
-  __attribute__((always_inline)) static bool Run(const char* text, std::size_t& at,
-                                                 std::size_t end, Needle n, Check& check) {
+  __attribute__((always_inline)) static bool Run(const char* text,
+                                                 std::size_t& at,
+                                                 std::size_t end, Needle n,
+                                                 Check& check) {
     for (; at < end; ++at) {
       if (Bytes::Map(text[at]) == n.first &&
           Bytes::Map(text[at + n.length - 1]) == n.last && check(at)) {
@@ -230,14 +235,18 @@ struct Scan {
   }
 };
 
-template <class Bytes, template <class> class Width, template <class> class... Narrower>
+template <class Bytes, template <class> class Width,
+          template <class> class... Narrower>
 struct Scan<Bytes, Width, Narrower...> {
   template <class Check>
-  __attribute__((always_inline)) static bool Run(const char* text, std::size_t& at,
-                                                 std::size_t end, Needle n, Check& check) {
+  __attribute__((always_inline)) static bool Run(const char* text,
+                                                 std::size_t& at,
+                                                 std::size_t end, Needle n,
+                                                 Check& check) {
     using Blocks = Width<Bytes>;
     constexpr std::size_t kPlaces = Blocks::kPlaces;
-    if (end < kPlaces) return Scan<Bytes, Narrower...>::Run(text, at, end, n, check);
+    if (end < kPlaces)
+      return Scan<Bytes, Narrower...>::Run(text, at, end, n, check);
     const auto checkAll = [&](std::size_t block, std::uint32_t places) {
       for (; places != 0; places &= places - 1) {
         if (check(block + __builtin_ctz(places))) return true;
@@ -250,7 +259,8 @@ struct Scan<Bytes, Width, Narrower...> {
     }
     if (at == end) return false;
     const std::size_t block = end - kPlaces;
-    const std::uint32_t places = Blocks::Hits(text + block, n) & ~0u << (at - block);
+    const std::uint32_t places =
+        Blocks::Hits(text + block, n) & ~0u << (at - block);
     at = end;
     return places != 0 && checkAll(block, places);
   }
@@ -260,11 +270,10 @@ struct Scan<Bytes, Width, Narrower...> {
 // at a match, in `found`, or, when checking has cost too much, with the
 // two-way scan to run from place `twoWay`.
 template <class Bytes, class Scanner>
-__attribute__((always_inline)) inline bool ScanPlaces(const char* text, const char* needle,
-                                                      Needle n, std::size_t& at,
-                                                      std::size_t end, std::size_t& checked,
-                                                      const char*& found,
-                                                      std::size_t& twoWay) {
+__attribute__((always_inline)) inline bool ScanPlaces(
+    const char* text, const char* needle, Needle n, std::size_t& at,
+    std::size_t end, std::size_t& checked, const char*& found,
+    std::size_t& twoWay) {
   const auto check = [&](std::size_t place) {
     if (Bytes::Equal(text + place, needle, n.length)) {
       found = text + place;
@@ -289,10 +298,8 @@ inline std::size_t FirstStep(std::size_t m) { return m > 256 ? m : 256; }
 
 // The search after a whole first step, with `checked` bytes spent on it.
 template <class Bytes, class Scanner>
-__attribute__((always_inline)) inline const char* FindAfterFirstStep(const char* text,
-                                                                     const char* needle,
-                                                                     std::size_t m,
-                                                                     std::size_t checked) {
+__attribute__((always_inline)) inline const char* FindAfterFirstStep(
+    const char* text, const char* needle, std::size_t m, std::size_t checked) {
   const std::size_t step = FirstStep(m);
   TextPrefix prefix(text, step, step);
   const Needle n = NeedleOf<Bytes>(needle, m);
@@ -300,8 +307,8 @@ __attribute__((always_inline)) inline const char* FindAfterFirstStep(const char*
   while (prefix.Grow(m)) {
     const char* found = nullptr;
     std::size_t twoWay = 0;
-    if (ScanPlaces<Bytes, Scanner>(text, needle, n, at, prefix.known() - m + 1, checked,
-                                   found, twoWay)) {
+    if (ScanPlaces<Bytes, Scanner>(text, needle, n, at, prefix.known() - m + 1,
+                                   checked, found, twoWay)) {
       if (found != nullptr) return found;
       return TwoWay<Bytes>(text, prefix, twoWay, needle, static_cast<long>(m));
     }
@@ -321,9 +328,9 @@ __attribute__((always_inline)) inline const char* FindFrom(const char* text,
   if (known < m) return nullptr;
   std::size_t at = 0, checked = 0, twoWay = 0;
   const char* found = nullptr;
-  if (ScanPlaces<Bytes, typename Search::Scanner>(text, needle, NeedleOf<Bytes>(needle, m),
-                                                  at, known - m + 1, checked, found,
-                                                  twoWay)) {
+  if (ScanPlaces<Bytes, typename Search::Scanner>(
+          text, needle, NeedleOf<Bytes>(needle, m), at, known - m + 1, checked,
+          found, twoWay)) {
     if (found != nullptr) return found;
     return TwoWayFrom<Bytes>(text, step, known, twoWay, needle, m);
   }
@@ -339,8 +346,10 @@ struct NarrowSearch {
 #else
   using Scanner = Scan<Bytes>;
 #endif
-  __attribute__((noinline)) static const char* Rest(const char* text, const char* needle,
-                                                    std::size_t m, std::size_t checked) {
+  __attribute__((noinline)) static const char* Rest(const char* text,
+                                                    const char* needle,
+                                                    std::size_t m,
+                                                    std::size_t checked) {
     return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
   }
   __attribute__((noinline)) static const char* Find(const char* text,
@@ -355,14 +364,13 @@ struct NarrowSearch {
 template <class Bytes>
 struct WideSearch {
   using Scanner = Scan<Bytes, Blocks32, Blocks16>;
-  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Rest(const char* text,
-                                                                     const char* needle,
-                                                                     std::size_t m,
-                                                                     std::size_t checked) {
+  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Rest(
+      const char* text, const char* needle, std::size_t m,
+      std::size_t checked) {
     return FindAfterFirstStep<Bytes, Scanner>(text, needle, m, checked);
   }
-  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Find(const char* text,
-                                                                     const char* needle) {
+  VESK_TARGET_AVX2 __attribute__((noinline)) static const char* Find(
+      const char* text, const char* needle) {
     return FindFrom<Bytes, WideSearch>(text, needle);
   }
 };

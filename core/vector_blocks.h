@@ -14,7 +14,9 @@
 namespace vesk {
 
 // 16 bytes from `p`, which need not be aligned.
-inline __m128i Load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline __m128i Load16(const void* p) {
+  return _mm_loadu_si128(static_cast<const __m128i*>(p));
+}
 
 // Bit i set when lane i of `bytes` has its top bit set, as a compare leaves
 // a lane that holds.
@@ -25,7 +27,8 @@ inline unsigned BlockMask(__m128i bytes) {
 // Lanes of `bytes` that lie in [low, low + count), count at most 128: the
 // range is moved to start at -128, so that one signed compare tests it.
 inline __m128i InRange(__m128i bytes, unsigned char low, int count) {
-  const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(0x80 - low)));
+  const __m128i moved =
+      _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(0x80 - low)));
   return _mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-128 + count)));
 }
 
@@ -54,10 +57,12 @@ VESK_TARGET_AVX2 inline __m256i Load32(const void* p) {
 }
 
 // InRange on 32 bytes.
-VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low, int count) {
+VESK_TARGET_AVX2 inline __m256i InRange32(__m256i bytes, unsigned char low,
+                                          int count) {
   const __m256i moved =
       _mm256_add_epi8(bytes, _mm256_set1_epi8(static_cast<char>(0x80 - low)));
-  return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(-128 + count)), moved);
+  return _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(-128 + count)),
+                           moved);
 }
 
 }  // namespace vesk

@@ -27,8 +27,9 @@ struct CodePage {
 
 // A page whose two-byte characters begin with a byte in [first1, last1] or
 // [first2, last2] (an empty range when first > last).
-constexpr CodePage DoubleBytePage(const char* name, const char* iconvName, int first1,
-                                  int last1, int first2, int last2) {
+constexpr CodePage DoubleBytePage(const char* name, const char* iconvName,
+                                  int first1, int last1, int first2,
+                                  int last2) {
   CodePage page{name, iconvName, false, {}};
   for (int lead = 0; lead < 256; ++lead) {
     const bool leads =
@@ -41,8 +42,8 @@ constexpr CodePage DoubleBytePage(const char* name, const char* iconvName, int f
 constexpr CodePage Utf8Page() {
   CodePage page{"utf-8", "UTF-8", true, {}};
   for (int lead = 0; lead < 256; ++lead) {
-    page.width[lead] =
-        static_cast<unsigned char>(vesk_host::Utf8LeadWidth(static_cast<unsigned char>(lead)));
+    page.width[lead] = static_cast<unsigned char>(
+        vesk_host::Utf8LeadWidth(static_cast<unsigned char>(lead)));
   }
   return page;
 }

@@ -4,10 +4,11 @@
 // builds only) sit behind a mutex that the common path never takes.
 #include "memory_manager.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <malloc.h>
 #include <mutex>
 #include <new>
 #include <unordered_set>

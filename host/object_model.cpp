@@ -67,8 +67,7 @@ ScriptVariable* ScriptVariableIterator::Next() {
 
 char* CorePlayer::ToString(const ScriptAtom& value) {
   switch (value.GetKind()) {
-    case ScriptAtom::Kind::kString:
-      return HeapCopy(value.StringData());
+    case ScriptAtom::Kind::kString: return HeapCopy(value.StringData());
     case ScriptAtom::Kind::kNumber:
       return ConvertDoubleToString(value.Number());
     case ScriptAtom::Kind::kBoolean:

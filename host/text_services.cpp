@@ -23,9 +23,9 @@ struct Digits {
 Digits ShortestDigits(double value) {
   // Scientific form: "-d.ddde+xx". 32 bytes hold any double in it.
   char text[32];
-  const char* end =
-      std::to_chars(text, text + sizeof text, value,
-                    std::chars_format::scientific).ptr;
+  const char* end = std::to_chars(text, text + sizeof text, value,
+                                  std::chars_format::scientific)
+                        .ptr;
   Digits d;
   const char* p = text;
   if (*p == '-') {

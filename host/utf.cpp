@@ -58,7 +58,8 @@ bool IsValidUtf8(const char* text, std::size_t length) {
     const std::size_t taken = DecodeUtf8(p, end, &code);
     // U+FFFD itself is well-formed: three bytes EF BF BD.
     if (code == kReplacement && taken != 3) return false;
-    if (code == kReplacement && (p[0] != 0xEF || p[1] != 0xBF || p[2] != 0xBD)) {
+    if (code == kReplacement &&
+        (p[0] != 0xEF || p[1] != 0xBF || p[2] != 0xBD)) {
       return false;
     }
     p += taken;
@@ -94,7 +95,8 @@ std::size_t Utf16ToUtf8(const unsigned short* units, std::size_t count,
   std::size_t bytes = 0;
   for (std::size_t i = 0; i < count; ++i) {
     char32_t code = units[i];
-    if (IsHighSurrogate(code) && i + 1 < count && IsLowSurrogate(units[i + 1])) {
+    if (IsHighSurrogate(code) && i + 1 < count &&
+        IsLowSurrogate(units[i + 1])) {
       code = 0x10000 + ((code - 0xD800) << 10) + (units[i + 1] - 0xDC00);
       ++i;
     } else if (IsHighSurrogate(code) || IsLowSurrogate(code)) {

@@ -17,15 +17,13 @@ String::String(const char* utf8)
 String::String(const unsigned short* units, int count)
     : m_units(units, count > 0 ? static_cast<std::size_t>(count) : 0) {}
 
-StUTF8String::StUTF8String(String* string)
-    : m_buffer(nullptr), m_length(0) {
+StUTF8String::StUTF8String(String* string) : m_buffer(nullptr), m_length(0) {
   if (string == nullptr || string->Length() == 0) return;
   const auto count = static_cast<std::size_t>(string->Length());
   const std::size_t bytes =
       vesk_host::Utf16ToUtf8(string->Units(), count, nullptr);
   if (bytes >= INT_MAX) Pelgc::GCHeap::SignalObjectTooLarge();
-  m_buffer =
-      static_cast<char*>(Pelgc::SystemNew(bytes + 1, Pelgc::kNeverNull));
+  m_buffer = static_cast<char*>(Pelgc::SystemNew(bytes + 1, Pelgc::kNeverNull));
   vesk_host::Utf16ToUtf8(string->Units(), count, m_buffer);
   m_buffer[bytes] = '\0';
   m_length = static_cast<int>(bytes);

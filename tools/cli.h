@@ -80,7 +80,7 @@ constexpr std::size_t kPieceSize = std::size_t{1} << 18;
 
 // Bytes of one line, or of one TEXT operand, handed to a command.
 struct LinePiece {
-  char* text;            // text[size] is a NUL
+  char* text;  // text[size] is a NUL
   std::size_t size;
   bool lineEnd;          // the piece runs to the end of its line
   unsigned long line;    // the line's number, or the TEXT's, from 1

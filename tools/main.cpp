@@ -213,9 +213,10 @@ void PrintHelp(const Command* command) {
   }
   std::fputc('\n', stdout);
   std::fputs(kTextNote, stdout);
-  std::fputs("Exit status: 0 done, 1 a failure while running, 2 a usage\n"
-             "error.\n",
-             stdout);
+  std::fputs(
+      "Exit status: 0 done, 1 a failure while running, 2 a usage\n"
+      "error.\n",
+      stdout);
 }
 
 const Command* FindCommand(const std::string& name) {

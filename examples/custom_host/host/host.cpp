@@ -251,16 +251,13 @@ ScriptVariable* ScriptVariableIterator::Next() {
 
 char* CorePlayer::ToString(const ScriptAtom& value) {
   switch (value.GetKind()) {
-    case ScriptAtom::Kind::kUndefined:
-      return CopyToHeap("undefined", 9);
-    case ScriptAtom::Kind::kNull:
-      return CopyToHeap("null", 4);
+    case ScriptAtom::Kind::kUndefined: return CopyToHeap("undefined", 9);
+    case ScriptAtom::Kind::kNull: return CopyToHeap("null", 4);
     case ScriptAtom::Kind::kBoolean:
       return value.Boolean() ? CopyToHeap("true", 4) : CopyToHeap("false", 5);
     case ScriptAtom::Kind::kNumber:
       return ConvertDoubleToString(value.Number());
-    case ScriptAtom::Kind::kString:
-      return value.Get8BitCopyOfStringData();
+    case ScriptAtom::Kind::kString: return value.Get8BitCopyOfStringData();
   }
   return nullptr;
 }

@@ -82,8 +82,7 @@ class ScriptVariable {
   // The module leaves out a variable with this flag.
   static constexpr std::uint16_t kDontEnum = 0x0001;
 
-  ScriptVariable(const char* name, const ScriptAtom& value,
-                 std::uint16_t flags)
+  ScriptVariable(const char* name, const ScriptAtom& value, std::uint16_t flags)
       : value(value), m_name(ScriptAtom::FromString(name)), m_flags(flags) {}
   ScriptAtom Name() const { return m_name; }
   std::uint16_t GetFlags() const { return m_flags; }
