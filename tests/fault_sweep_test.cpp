@@ -70,10 +70,12 @@ struct Op {
   Kind kind = kOn;
   std::function<Seen(S& s, const S& source, In in, bool fallback)> act;
 };
-#pragma GCC diagnostic ignored "-Wunused-parameter"
 #define CALL(...) #__VA_ARGS__
-#define ACT(...) \
-  [](S& s, const S& source, In in, bool fallback) -> Seen { __VA_ARGS__; }
+// Each action uses only some of its parameters.
+#define ACT(...)                                              \
+  []([[maybe_unused]] S& s, [[maybe_unused]] const S& source, \
+     [[maybe_unused]] In in,                                  \
+     [[maybe_unused]] bool fallback) -> Seen { __VA_ARGS__; }
 #define ON(start, ...) \
   Op { CALL(__VA_ARGS__), start, kOn, ACT(__VA_ARGS__; return {}) }
 #define REPLACING(...) \
