@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "host/vm_string.h"
 #include "support.h"
@@ -159,6 +160,25 @@ TEST(StringTest, Appends) {
 #undef ROW
 
 // Rows: two strings, a zeroed one written as null, and how they compare.
+// The decimal writers take eight digits a step for long numbers: every
+// power of ten, either side of it and both ends of the range show each
+// step's digits.
+TEST(StringTest, DecimalsAgreeWithTheLibraryAtEveryPowerOfTen) {
+  std::vector<unsigned long> values{ULONG_MAX, 1UL << 63};
+  for (unsigned long power = 1;; power *= 10) {
+    values.insert(values.end(), {power - 1, power, power + 1});
+    if (power > ULONG_MAX / 10) break;  // 10^19, the last that fits
+  }
+  for (unsigned long value : values) {
+    EXPECT_EQ(TakeHeapText(U64ToChar(value)), std::to_string(value));
+    for (const long signedValue : {long(value), long(0 - value)}) {
+      VeskString s;
+      s.AppendInt(signedValue, 10);
+      EXPECT_EQ(Bytes(s), std::to_string(signedValue));
+    }
+  }
+}
+
 TEST(StringTest, ComparisonsAndCharacterCodes) {
   // Order: "=", "<", ">", or "" when none holds.
   using Row = std::tuple<const char*, std::string, const char*, std::string>;
