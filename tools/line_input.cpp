@@ -17,6 +17,10 @@ namespace vesktext {
 
 namespace {
 
+// What the heap's too-large report and its abort both mean to a user.
+constexpr char kResultTooLarge[] =
+    ": its result would be over 2 GiB, more than a string holds";
+
 // Hands a piece to `feed`, with a NUL after it for the module, and returns
 // how many bytes it took. A NUL among them would end the text there for
 // the module: the line is refused. A result too large to hold is told
@@ -38,13 +42,9 @@ std::size_t Deliver(const PieceFeed& feed, LinePiece piece) {
   } catch (const std::bad_alloc&) {
     throw RunError(Where(piece) + ": no memory left for its result");
   } catch (const Pelgc::ObjectTooLargeError&) {
-    throw RunError(Where(piece) +
-                   ": its result would be over 2 GiB, more "
-                   "than a string holds");
+    throw RunError(Where(piece) + kResultTooLarge);
   } catch (const Pelgc::HeapAbortError&) {
-    throw RunError(Where(piece) +
-                   ": its result would be over 2 GiB, more "
-                   "than a string holds");
+    throw RunError(Where(piece) + kResultTooLarge);
   }
   piece.text[piece.size] = after;
   return taken;
