@@ -75,9 +75,6 @@ int ContentVersion(const Invocation& invocation);
 // Reads a whole decimal int, '-' allowed; false for anything else.
 bool ParseInt(const std::string& text, int* value);
 
-// Lines are handed to the commands in pieces of about this many bytes.
-constexpr std::size_t kPieceSize = std::size_t{1} << 18;
-
 // Bytes of one line, or of one TEXT operand, handed to a command.
 struct LinePiece {
   char* text;  // text[size] is a NUL
@@ -98,7 +95,7 @@ std::string Where(const LinePiece& piece);
 
 // Feeds every operand, whole, or when there is none every line of standard
 // input, its '\n' taken off and its other bytes as they are, in pieces of
-// about kPieceSize bytes. A line holding a NUL byte is a run error naming
+// bounded size. A line holding a NUL byte is a run error naming
 // its place: no C text goes past one. Tells a terminal that lines are read.
 void ForEachLine(const std::vector<std::string>& operands,
                  const PieceFeed& feed);

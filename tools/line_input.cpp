@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -59,8 +60,18 @@ std::size_t ReadInput(char* to, std::size_t n) {
   }
 }
 
+// Lines are handed over in pieces of about 256 KiB. VESKTEXT_PIECE_SIZE
+// sets another size, so that the tests can cross many piece boundaries
+// with short inputs.
+std::size_t PieceSize() {
+  const char* set = std::getenv("VESKTEXT_PIECE_SIZE");
+  const unsigned long size =
+      set != nullptr ? std::strtoul(set, nullptr, 10) : 0;
+  return size > 0 ? size : std::size_t{1} << 18;
+}
+
 // Standard input in lines. Whole lines that are in the buffer go at once;
-// of a longer line, a piece goes once kPieceSize bytes of it are in, and
+// of a longer line, a piece goes once m_pieceSize bytes of it are in, and
 // the feed takes what it can of it, up to a place where a cut leaves its
 // output unchanged. What it leaves stays in front and the next piece
 // holds it and as much again, so the buffer stays a few pieces large.
@@ -69,7 +80,7 @@ class InputLines {
   explicit InputLines(const PieceFeed& feed) : m_feed(feed) {}
 
   void Run() {
-    m_buffer.resize(kPieceSize + 1);
+    m_buffer.resize(m_pieceSize + 1);
     for (;;) {
       const std::size_t got = ReadInput(&m_buffer[m_end], m_want - m_end);
       const std::size_t scanned = m_end;
@@ -78,7 +89,9 @@ class InputLines {
       if (got == 0) break;
       if (m_end == m_want) DeliverPiece();
     }
-    if (m_end > 0) Take(0, m_end, true);  // a last line without its '\n'
+    // The end of the input ends a last line without its '\n', even one
+    // whose pieces so far were taken whole.
+    if (m_end > 0 || m_offset > 0) Take(0, m_end, true);
   }
 
  private:
@@ -97,7 +110,7 @@ class InputLines {
     }
     if (begin == 0) return;
     Drop(begin);  // under a piece is left: the next read makes it whole
-    m_want = kPieceSize;
+    m_want = m_pieceSize;
   }
 
   // Hands over the part of a line in the buffer; keeps what is left and
@@ -106,7 +119,7 @@ class InputLines {
     const std::size_t taken = Take(0, m_end, false);
     m_offset += taken;
     Drop(taken);
-    m_want = m_end + kPieceSize;
+    m_want = m_end + m_pieceSize;
     if (m_buffer.size() < m_want + 1) m_buffer.resize(m_want + 1);
   }
 
@@ -122,9 +135,10 @@ class InputLines {
   }
 
   const PieceFeed& m_feed;
-  std::vector<char> m_buffer;       // one byte beyond the data for its NUL
-  std::size_t m_end = 0;            // bytes in the buffer
-  std::size_t m_want = kPieceSize;  // bytes to have before a piece goes
+  std::vector<char> m_buffer;  // one byte beyond the data for its NUL
+  std::size_t m_end = 0;       // bytes in the buffer
+  const std::size_t m_pieceSize = PieceSize();
+  std::size_t m_want = m_pieceSize;  // bytes to have before a piece goes
   unsigned long m_line = 1;
   unsigned long m_offset = 0;  // of the buffer's front within its line
 };
