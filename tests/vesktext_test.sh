@@ -122,7 +122,8 @@ usage "form: option '--content-version' takes a version of 0 or more, not '-1'" 
   form --content-version -1 x
 usage "form: unknown option '--strict'" form --strict x
 usage "form: option '--content-version' needs a value" form --content-version
-usage "form: option '--content-version' takes an int, not '6a'" form --content-version 6a x
+usage "form: option '--content-version' takes a version of 0 or more, not '6a'" \
+  form --content-version 6a x
 usage "escape: option '--strict' takes no value" escape --strict=yes x
 usage 'query: no BASE given' query
 usage "query: 'flag' is not NAME=VALUE" query base a=1 flag

@@ -18,10 +18,6 @@ namespace vesktext {
 
 namespace {
 
-// What the heap's too-large report and its abort both mean to a user.
-constexpr char kResultTooLarge[] =
-    ": its result would be over 2 GiB, more than a string holds";
-
 // Hands a piece to `feed`, with a NUL after it for the module, and returns
 // how many bytes it took. A NUL among them would end the text there for
 // the module: the line is refused. A result too large to hold is told
@@ -40,12 +36,10 @@ std::size_t Deliver(const PieceFeed& feed, LinePiece piece) {
   std::size_t taken = 0;
   try {
     taken = feed(piece);
-  } catch (const std::bad_alloc&) {
-    throw RunError(Where(piece) + ": no memory left for its result");
-  } catch (const Pelgc::ObjectTooLargeError&) {
-    throw RunError(Where(piece) + kResultTooLarge);
-  } catch (const Pelgc::HeapAbortError&) {
-    throw RunError(Where(piece) + kResultTooLarge);
+  } catch (const std::exception&) {
+    const char* heap = HeapFailure();
+    if (heap == nullptr) throw;
+    throw RunError(Where(piece) + ": " + heap);
   }
   piece.text[piece.size] = after;
   return taken;
@@ -144,6 +138,23 @@ class InputLines {
 };
 
 }  // namespace
+
+const char* HeapFailure() {
+  // The heap's too-large report and its abort mean the same to a user.
+  const char* const tooLarge =
+      "the result would be over 2 GiB, more than a string holds";
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return "no memory left for the result";
+  } catch (const Pelgc::ObjectTooLargeError&) {
+    return tooLarge;
+  } catch (const Pelgc::HeapAbortError&) {
+    return tooLarge;
+  } catch (...) {
+    return nullptr;
+  }
+}
 
 std::string Where(const LinePiece& piece) {
   return (piece.operand ? "TEXT " : "line ") + std::to_string(piece.line) +
