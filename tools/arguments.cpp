@@ -7,19 +7,11 @@
 
 namespace vesktext {
 
-namespace {
-
-const Option* FindOption(const Command& command, const std::string& name) {
-  for (const Option& option : command.options) {
-    if (name == option.name) return &option;
-  }
-  return nullptr;
-}
-
-}  // namespace
-
 Invocation Parse(const Command& command, const std::vector<std::string>& args) {
-  static const Option kCodePage{"--codepage", true};
+  // The options are those of the synopsis: "[--name]" a flag, "[--name
+  // VALUE]" one that takes a value.
+  const std::string synopsis =
+      std::string("[--codepage NAME] ") + command.synopsis;
   Invocation invocation;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& arg = args[i];
@@ -38,22 +30,22 @@ Invocation Parse(const Command& command, const std::vector<std::string>& args) {
     }
     const std::size_t equals = arg.find('=');
     const std::string name = arg.substr(0, equals);
-    const Option* option =
-        name == kCodePage.name ? &kCodePage : FindOption(command, name);
-    if (option == nullptr) throw UsageError("unknown option '" + name + "'");
+    const bool takesValue =
+        synopsis.find("[" + name + " ") != std::string::npos;
+    if (!takesValue && synopsis.find("[" + name + "]") == std::string::npos) {
+      throw UsageError("unknown option '" + name + "'");
+    }
     std::string value;
     if (equals != std::string::npos) {
-      if (!option->takesValue) {
-        throw UsageError("option '" + name + "' takes no value");
-      }
+      if (!takesValue) throw UsageError("option '" + name + "' takes no value");
       value = arg.substr(equals + 1);
-    } else if (option->takesValue) {
+    } else if (takesValue) {
       if (++i == args.size()) {
         throw UsageError("option '" + name + "' needs a value");
       }
       value = args[i];
     }
-    if (option == &kCodePage) {
+    if (name == "--codepage") {
       SetCodePage(value);
     } else {
       invocation.options[name] = value;

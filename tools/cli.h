@@ -28,11 +28,6 @@ class RunError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-struct Option {
-  const char* name;  // with its "--"
-  bool takesValue;
-};
-
 // A command line after the command name, options taken apart.
 struct Invocation {
   std::map<std::string, std::string> options;  // given ones; "" for flags
@@ -44,16 +39,15 @@ struct Invocation {
 
 struct Command {
   const char* name;
-  const char* synopsis;  // what follows "vesktext [--codepage NAME] ", in
-                         // lines that fit 80 columns after it
+  const char* synopsis;  // after "vesktext [--codepage NAME] ", wrapped
   const char* summary;   // its line in the tool's help
   std::string details;   // the rest of its help
-  std::vector<Option> options;
   int (*run)(const Invocation& invocation);  // returns the exit status
 };
 
-// Options may come anywhere before a "--"; "--name=value" and "--name value"
-// both give a value. --help (-h) and --codepage are every command's.
+// Options, those of the command's synopsis, may come anywhere before a
+// "--"; "--name=value" and "--name value" both give a value. --help (-h)
+// and --codepage are every command's.
 Invocation Parse(const Command& command, const std::vector<std::string>& args);
 
 // Sets the host code page, named in either case by any of its names; an
@@ -92,21 +86,16 @@ const char* HeapFailure();
 
 // Feeds every operand, whole, or when there is none every line of standard
 // input, its '\n' taken off and its other bytes as they are, in pieces of
-// bounded size. A line holding a NUL byte is a run error naming
-// its place: no C text goes past one. Tells a terminal that lines are read.
+// bounded size. A line holding a NUL byte is a run error naming its place:
+// no C text goes past one. Tells a terminal that lines are read.
 void ForEachLine(const std::vector<std::string>& operands,
                  const PieceFeed& feed);
 
 // Writes `n` bytes to standard output, and the '\n' that ends a line.
 void Write(const char* bytes, std::size_t n);
 void EndLine(bool lineEnd);
-// Writes `n` bytes and a '\n'.
-void PrintLine(const char* bytes, std::size_t n);
 // The string's bytes up to Length(); a zeroed string prints an empty line.
 void PrintLine(const VeskString& text);
-// Writes a heap text from the module and releases it. Null is nothing for
-// an empty source; otherwise the heap gave no block.
-void WriteHeapText(char* text, bool sourceEmpty);
 
 // The lines of the format command's help that list its directives.
 std::string DirectiveHelp();

@@ -3,17 +3,18 @@
 // once, so memory stays bounded. A piece is cut only where the module's
 // output for the whole line is the output for the part before the cut
 // followed by that for the part after it: where no character spans it.
-// Form encoding (form, high) reads bytes one at a time, any cut will do;
-// but a conversion to the code page reads UTF-8 characters, as the host
-// reads them. The escaped copies (escape, upper128, url) walk by the
-// characters of the code page, as the host's width rule measures them.
+// Form encoding (form, high) reads bytes one at a time, but a conversion
+// to the code page reads UTF-8 characters as the host does; the escaped
+// copies (escape, upper128, url) walk by the host's width rule.
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
 
 #include "cli.h"
 #include "core/veskstring.h"
+#include "host/memory_manager.h"
 #include "host/utf.h"
 
 namespace vesktext {
@@ -166,20 +167,18 @@ class FormEncoder {
     Write(m_out->Text(), static_cast<std::size_t>(m_out->Length()));
   }
 
-  struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-
   const int m_version;
   const bool m_plusForSpace, m_high, m_converts;
   Line m_line = Line::kUndecided;
-  std::unique_ptr<std::FILE, Closer> m_held;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_held{nullptr, std::fclose};
   std::unique_ptr<VeskString> m_out;
 };
 
-// Writes, for each line, the heap texts `create` makes of its pieces.
-int PrintEscapedCopies(const Invocation& invocation,
-                       char* (*create)(const VeskString& text)) {
+// Writes, for each line, the heap texts `create` makes of its pieces, and
+// releases them. Null is nothing for an empty piece; otherwise the heap
+// gave no block.
+template <class Create>
+int PrintEscapedCopies(const Invocation& invocation, Create create) {
   unsigned widths[256];
   for (int lead = 0; lead < 256; ++lead) {
     widths[lead] = static_cast<unsigned>(
@@ -189,9 +188,14 @@ int PrintEscapedCopies(const Invocation& invocation,
     const std::size_t cut = piece.lineEnd
                                 ? piece.size
                                 : CharacterCut(widths, piece.text, piece.size);
-    return WriteFront(piece, cut, [create](const char* text, std::size_t n) {
-      const VeskString source(text);
-      WriteHeapText(create(source), n == 0);
+    return WriteFront(piece, cut, [&create](const char* text, std::size_t n) {
+      char* copy = create(VeskString(text));
+      if (copy == nullptr) {
+        if (n != 0) throw std::bad_alloc();
+        return;
+      }
+      Write(copy, std::strlen(copy));
+      Pelgc::SystemDelete(copy);
     });
   });
   return 0;
@@ -219,13 +223,9 @@ int RunHigh(const Invocation& invocation) {
 }
 
 int RunEscape(const Invocation& invocation) {
-  if (invocation.Has("--strict")) {
-    return PrintEscapedCopies(invocation, [](const VeskString& text) {
-      return text.CreateEscapedCStr(true);
-    });
-  }
-  return PrintEscapedCopies(invocation, [](const VeskString& text) {
-    return text.CreateEscapedCStr(false);
+  const bool strict = invocation.Has("--strict");
+  return PrintEscapedCopies(invocation, [strict](const VeskString& text) {
+    return text.CreateEscapedCStr(strict);
   });
 }
 

@@ -6,6 +6,7 @@
 // Appending piece by piece gives what one call with all values would.
 #include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -132,16 +133,15 @@ std::vector<Piece> Pair(const std::string& format,
 
 std::string DirectiveHelp() {
   std::string help;
-  char line[40];
-  int column = 0;
-  for (const Directive& directive : kDirectives) {
-    std::snprintf(line, sizeof line, "  %%%c  %c:%-7s %-16s", directive.letter,
-                  directive.letter, directive.kind, directive.meaning);
-    help += line;
-    if (++column % 2 == 0)
-      help.replace(help.find_last_not_of(' ') + 1, std::string::npos, "\n");
+  char entry[48];
+  for (std::size_t i = 0; i < std::size(kDirectives); ++i) {
+    const Directive& d = kDirectives[i];
+    std::snprintf(entry, sizeof entry,
+                  i % 2 == 0 ? "  %%%c  %c:%-7s %-16s" : "  %%%c  %c:%-7s %s\n",
+                  d.letter, d.letter, d.kind, d.meaning);
+    help += entry;
   }
-  return help + "  %%            '%'\n";
+  return help + "  %%            '%'\n";  // after the last, on its left
 }
 
 int RunFormat(const Invocation& invocation) {

@@ -187,22 +187,9 @@ void EndLine(bool lineEnd) {
   if (lineEnd) std::fputc('\n', stdout);
 }
 
-void PrintLine(const char* bytes, std::size_t n) {
-  Write(bytes, n);
-  EndLine(true);
-}
-
 void PrintLine(const VeskString& text) {
-  PrintLine(text.Text(), static_cast<std::size_t>(text.Length()));
-}
-
-void WriteHeapText(char* text, bool sourceEmpty) {
-  if (text == nullptr) {
-    if (!sourceEmpty) throw std::bad_alloc();
-    return;
-  }
-  Write(text, std::strlen(text));
-  Pelgc::SystemDelete(text);
+  Write(text.Text(), static_cast<std::size_t>(text.Length()));
+  EndLine(true);
 }
 
 }  // namespace vesktext

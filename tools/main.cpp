@@ -45,45 +45,32 @@ const std::vector<Command>& Commands() {
            kVersionOption +
            "  --convert            UTF-8 content goes to the code page\n" +
            kConvertNote,
-       {{"--percent-space", false},
-        {"--content-version", true},
-        {"--convert", false}},
        RunForm},
-      {"high",
-       "high [--content-version N] [TEXT...]",
+      {"high", "high [--content-version N] [TEXT...]",
        "escape only the bytes 0x80 to 0xFF",
        "Escapes the bytes 0x80 to 0xFF of each TEXT as %XX and keeps the\n"
        "others. UTF-8 content goes to the code page first.\n" +
            kVersionOption + kConvertNote,
-       {{"--content-version", true}},
        RunHigh},
-      {"escape",
-       "escape [--strict] [TEXT...]",
+      {"escape", "escape [--strict] [TEXT...]",
        "escaped copy: multibyte characters as %XX",
        "Prints an escaped copy of each TEXT: every byte of a multibyte\n"
        "character of the code page as %XX, single bytes as they are.\n"
        "  --strict  single bytes as %XX too, but for ASCII letters,\n"
        "            digits, '-' and '.'\n",
-       {{"--strict", false}},
        RunEscape},
-      {"upper128",
-       "upper128 [TEXT...]",
+      {"upper128", "upper128 [TEXT...]",
        "escaped copy keeping the bytes 0x01 to 0x7F",
        "Prints an escaped copy of each TEXT: the bytes 0x01 to 0x7F as\n"
        "they are, the others and multibyte characters of the code page\n"
        "as %XX.\n",
-       {},
        RunUpper128},
-      {"url",
-       "url [TEXT...]",
-       "escaped copy keeping what a URL holds",
+      {"url", "url [TEXT...]", "escaped copy keeping what a URL holds",
        "Prints an escaped copy of each TEXT: ASCII letters, digits and\n"
        "!\"#$%&'()*+,-./:;=?@[]_~ as they are, the others and multibyte\n"
        "characters of the code page as %XX.\n",
-       {},
        RunUrl},
-      {"decode",
-       "decode [--plus] [--strict] [TEXT...]",
+      {"decode", "decode [--plus] [--strict] [TEXT...]",
        "the way back: percent escapes to their bytes",
        "Writes each TEXT with every escape, '%' and two hex digits of\n"
        "either case, as its byte; NUL and bytes from 0x80 up are written\n"
@@ -93,7 +80,6 @@ const std::vector<Command>& Commands() {
        "  --plus    a '+' becomes a space, as in form bodies\n"
        "  --strict  a '%' that begins no escape is an error naming its\n"
        "            line and column\n",
-       {{"--plus", false}, {"--strict", false}},
        RunDecode},
       {"query",
        "query [--no-question-mark]\n"
@@ -106,12 +92,8 @@ const std::vector<Command>& Commands() {
        "  --no-question-mark   nothing instead of '?'\n" +
            kVersionOption +
            "  --convert            names and values go to the code page\n",
-       {{"--no-question-mark", false},
-        {"--content-version", true},
-        {"--convert", false}},
        RunQuery},
-      {"format",
-       "format FORMAT [ARG...]",
+      {"format", "format FORMAT [ARG...]",
        "carry out the directives of FORMAT over typed ARGs",
        "Prints FORMAT with its directives carried out. A directive that\n"
        "reads a value takes the next ARG: its letter, ':' and the value.\n" +
@@ -122,24 +104,19 @@ const std::vector<Command>& Commands() {
            "or more. Any other character after '%' is dropped with it, as is\n"
            "a '%' at the end. A directive without its ARG, an ARG of another\n"
            "kind and an ARG left over are usage errors.\n",
-       {},
        RunFormat},
-      {"strip",
-       "strip [--scheme SCHEME] [TEXT...]",
+      {"strip", "strip [--scheme SCHEME] [TEXT...]",
        "step over leading whitespace, and a scheme",
        "Prints each TEXT after its leading whitespace; with --scheme, also\n"
        "after SCHEME (letters in either case) and one or two '/'. A TEXT\n"
        "without the scheme prints nothing and makes the exit status 1.\n",
-       {{"--scheme", true}},
        RunStrip},
-      {"parse",
-       "parse [--unsigned] [TEXT...]",
+      {"parse", "parse [--unsigned] [TEXT...]",
        "read the decimal integer at the start of TEXT",
        "Prints the integer at the start of each TEXT: an optional '-',\n"
        "then digits up to the first other byte. No digits read 0; too\n"
        "many wrap around in 64 bits.\n"
        "  --unsigned  read without a sign: a leading '-' reads 0\n",
-       {{"--unsigned", false}},
        RunParse},
   };
   return kCommands;
