@@ -164,30 +164,6 @@ input="$a300k%%"; run decode --strict; input=''
 grep -q "^vesktext: line 1 of standard input, column 300001: " "$work/err" ||
   fail "expected column 300001" decode --strict
 
-# $work/p holds every byte value but NUL and '\n', then UTF-8 leads whose
-# characters take bytes below 0x40.
-printf '%b' "$(printf '\\0%03o' {1..9} {11..255})"'\xf0!!!\xe0!!' >"$work/p"
-# same WANT IN ARGS...: status 0, nothing on stderr, the file IN on standard
-# input, and the file WANT on standard output.
-same() {
-  local want=$1 in=$2; shift 2
-  "$tool" "$@" <"$in" >"$work/out" 2>"$work/err"
-  status=$? rows=$((rows + 1))
-  [ "$status" -eq 0 ] && [ ! -s "$work/err" ] && cmp -s "$work/out" "$want" ||
-    fail "expected the output in $(basename "$want")" "$@"
-}
-# The way back: each byte value but NUL and '\n' on a line of its own, and
-# all of them on one line.
-{ printf '%b\n' "$(printf '\\0%03o\\n' {1..9} {11..255})"; cat "$work/p"
-  echo; } >"$work/bytes"
-for page in $pages; do
-  for pair in 'form|decode --plus' 'url|decode' 'escape --strict|decode' \
-    'form --convert|decode --plus'; do
-    "$tool" --codepage $page ${pair%|*} <"$work/bytes" >"$work/coded"
-    same "$work/bytes" "$work/coded" ${pair#*|}
-  done
-done
-
 # Of a number longer than a piece (262144 bytes), only the last 64 digits
 # count.
 digits=$(seq 60000 | tr -d '\n')
