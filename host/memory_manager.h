@@ -61,8 +61,8 @@ struct HeapStats {
 HeapStats GetHeapStats();
 
 // True when SystemDelete verifies every pointer against the blocks handed
-// out (builds with VESK_HEAP_CHECKS, the default for everything but
-// benchmarks); a bad pointer then aborts the process.
+// out (builds with VESK_HEAP_CHECKS, the default where the tests are
+// built); a bad pointer then aborts the process.
 bool HeapChecksEnabled();
 
 // Called by SystemDelete with each block just before it goes back to the C

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cli.h"
+#include "heap_tuning.h"
 #include "host/memory_manager.h"
 
 namespace vesktext {
@@ -292,6 +293,7 @@ int CheckHeap(int status) {
 
 int main(int argc, char** argv) {
   using namespace vesktext;
+  KeepLargeBlocksInHeap();
   std::ios::sync_with_stdio(false);
   const std::vector<std::string> args(argv + 1, argv + argc);
   const Command* command = nullptr;
