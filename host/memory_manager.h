@@ -2,8 +2,9 @@
 //
 // The default host implements it over the C heap and adds what tests,
 // fuzzers and tools need to observe it: request accounting and fault
-// injection. A real host provides SystemNew, SystemDelete and GCHeap; the
-// accounting and fault-injection functions are the default host's own.
+// injection. What every host provides is listed in README.md, "Replacing
+// the default host"; the accounting and fault-injection functions are the
+// default host's own.
 #ifndef VESK_HOST_MEMORY_MANAGER_H
 #define VESK_HOST_MEMORY_MANAGER_H
 
