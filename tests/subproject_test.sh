@@ -46,6 +46,7 @@ for way in add_subdirectory fetch_content; do
     echo "$way custom_host failed; it printed:" "$output"
     exit 1
   }
+  echo "$way custom_host: ok"
 done
 
 build "$tests/.." "$work/top" -DVESK_HOST_INCLUDE_DIR="$tests/../examples/custom_host"
