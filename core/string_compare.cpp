@@ -1,7 +1,7 @@
 // VeskString: equality, order, case folding, slicing and character codes.
 #include <cstring>
 
-#include "../host/text_services.h"
+#include "host/text_services.h"
 #include "internal.h"
 #include "veskstring.h"
 
