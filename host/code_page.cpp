@@ -72,9 +72,9 @@ iconv_t OpenConverter(const char* to, const char* from) {
   if (cd == reinterpret_cast<iconv_t>(-1) &&
       !g_openFailureReported.exchange(true)) {
     std::fprintf(stderr,
-                 "vesktext host: cannot convert from %s to %s (%s); texts "
-                 "are left unconverted\n",
-                 from, to, std::strerror(errno));
+                 "vesktext host: the C library cannot convert from %s to %s; "
+                 "texts are left unconverted\n",
+                 from, to);
   }
   return cd;
 }
