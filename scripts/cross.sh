@@ -24,7 +24,7 @@ machines=("$@")
 for machine in "${machines[@]}"; do
   dir="build/$machine"
   echo "== $machine: cross g++, tests under qemu-user; build and tests," \
-    "about N s"
+    "about 1 min 45 s each"
   quietly cmake -S . -B "$dir" -G Ninja \
     --toolchain "cmake/$machine-linux-gnu.cmake" \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_BUILD_TESTS=ON \
