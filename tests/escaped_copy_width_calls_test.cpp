@@ -1,12 +1,6 @@
 // The escaped copies ask the host for a character's width once, at its lead
 // byte, in text order, and for no other byte.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "core/veskstring.h"
-#include "host/memory_manager.h"
-#include "host/text_services.h"
+#include "support.h"
 
 namespace {
 
@@ -38,11 +32,10 @@ TEST(EscapedCopyWidthCallsTest, OneCallPerCharacterAtItsLeadByte) {
       {"shift_jis", Repeat("abcdefghijklmno\x83\x5C", 40),
        Repeat("abcdefghijklmno\x83", 40)},
   };
-  const std::string previousPage = HostCodePage();
   for (const auto& c : cases) {
-    ASSERT_TRUE(SetHostCodePage(c.page));
+    const vesk_test::ScopedCodePage page(c.page);
     VeskString source;
-    for (char byte : c.text) source.AppendChar(byte);
+    vesk_test::Put(source, c.text);
     for (int copier = 0; copier < 4; ++copier) {
       g_asked.clear();
       ObservePlayerBytesInChar(Record);
@@ -56,7 +49,6 @@ TEST(EscapedCopyWidthCallsTest, OneCallPerCharacterAtItsLeadByte) {
                                   << c.text.size() << " bytes";
     }
   }
-  SetHostCodePage(previousPage.c_str());
 }
 
 }  // namespace
