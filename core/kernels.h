@@ -1,0 +1,209 @@
+// The block kernels of the fast paths, declared once. A form of the kernels
+// is a type K with:
+//   K::kWidth        the bytes of one block
+//   K::kAll          the mask with a bit for each of them
+//   K::Narrower      the form the algorithms use for runs shorter than a
+//                    block (ScalarReference is its own)
+//   K::Differ<kFold>(a, b)
+//                    bit i set when byte i of `a` and byte i of `b` differ,
+//                    compared by their folds with kFold
+//   K::Candidates<kFold>(block, span, first, last)
+//                    bit i set when byte i maps to `first` and byte i + span
+//                    to `last`, the bytes mapped by FoldByte with kFold
+//   K::Kept<kSet>(p) bit i set when byte i at `p` is in the byte set kSet
+// ScalarReference below is the definition, one byte a block; the vector
+// forms (SSE2 and AVX2 on x86-64, NEON on AArch64) compute the same masks
+// lane by lane, from one body over their lanes (vector_kernels.inc), and the
+// kernel tests hold every form to the reference. The algorithm files call
+// these and Dispatch, never an instruction set's own functions.
+#ifndef VESK_CORE_KERNELS_H
+#define VESK_CORE_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "veskstring.h"
+
+namespace vesk {
+
+// The module's one case fold, as g_tolower_map gives it: 'A' to 'Z' to
+// lower case, every other byte unchanged. ToUpper and ToLower apply the
+// tables themselves.
+inline unsigned char FoldByte(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return static_cast<unsigned char>(byte ^ g_tolower_map[byte]);
+}
+
+// The byte sets that the percent-encoders keep as they are.
+enum class ByteSet {
+  kLettersAndDigits,  // the 62 ASCII letters and digits
+  kStrict,            // those, '-' and '.'
+  kUrl,               // those and the 24 marks a URL keeps, '%' among them
+  kAscii,             // 0x00 to 0x7F
+  kAll,               // every byte
+};
+
+// By byte value alone: no byte from 0x80 up is a letter.
+constexpr bool IsAsciiLetterOrDigit(int byte) {
+  return (byte >= '0' && byte <= '9') ||
+         ((byte & 0xDF) >= 'A' && (byte & 0xDF) <= 'Z');
+}
+
+constexpr bool IsUrlMark(int byte) {
+  for (const char* mark = "!\"#$%&'()*+,-./:;=?@[]_~"; *mark != '\0'; ++mark) {
+    if (*mark == byte) return true;
+  }
+  return false;
+}
+
+constexpr bool InSet(ByteSet set, int byte) {
+  switch (set) {
+    case ByteSet::kLettersAndDigits: return IsAsciiLetterOrDigit(byte);
+    case ByteSet::kStrict:
+      return IsAsciiLetterOrDigit(byte) || byte == '-' || byte == '.';
+    case ByteSet::kUrl: return IsAsciiLetterOrDigit(byte) || IsUrlMark(byte);
+    case ByteSet::kAscii: return byte < 0x80;
+    case ByteSet::kAll: return true;
+  }
+  return false;
+}
+
+// InSet for every set and byte, so that the reference need not search the
+// marks at run time: bit s of bits[b] for set s.
+struct SetMembership {
+  unsigned char bits[256];
+};
+
+constexpr SetMembership MakeSetMembership() {
+  SetMembership table{};
+  for (int byte = 0; byte < 256; ++byte) {
+    for (int set = 0; set <= static_cast<int>(ByteSet::kAll); ++set) {
+      if (InSet(static_cast<ByteSet>(set), byte)) {
+        table.bits[byte] =
+            static_cast<unsigned char>(table.bits[byte] | 1u << set);
+      }
+    }
+  }
+  return table;
+}
+
+inline constexpr SetMembership kSetMembership = MakeSetMembership();
+
+// The reference form: each kernel for one byte, as the definition reads.
+struct ScalarReference {
+  static constexpr std::size_t kWidth = 1;
+  static constexpr std::uint32_t kAll = 1;
+  using Narrower = ScalarReference;
+
+  template <bool kFold>
+  static unsigned char Map(char c) {
+    return kFold ? FoldByte(c) : static_cast<unsigned char>(c);
+  }
+  template <bool kFold>
+  static std::uint32_t Differ(const char* a, const char* b) {
+    return Map<kFold>(*a) != Map<kFold>(*b);
+  }
+  template <bool kFold>
+  static std::uint32_t Candidates(const char* block, std::size_t span,
+                                  unsigned char first, unsigned char last) {
+    return Map<kFold>(block[0]) == first && Map<kFold>(block[span]) == last;
+  }
+  template <ByteSet kSet>
+  static std::uint32_t Kept(const unsigned char* p) {
+    return kSetMembership.bits[*p] >> static_cast<int>(kSet) & 1u;
+  }
+};
+
+// K with kTimes blocks to its block: fewer branches in a loop over long
+// runs, its Narrower the block of K.
+template <class K, int kTimes>
+struct Joined {
+  static constexpr std::size_t kWidth = K::kWidth * kTimes;
+  static_assert(kWidth <= 32, "a mask holds 32 bytes");
+  static constexpr std::uint32_t kAll = kWidth == 32 ? ~0u : (1u << kWidth) - 1;
+  using Narrower = K;
+
+  template <class Block>
+  static std::uint32_t Join(Block block) {
+    std::uint32_t mask = 0;
+    for (int i = 0; i < kTimes; ++i) {
+      mask |= block(i * K::kWidth) << (i * K::kWidth);
+    }
+    return mask;
+  }
+  template <bool kFold>
+  static std::uint32_t Differ(const char* a, const char* b) {
+    return Join([&](std::size_t at) {
+      return K::template Differ<kFold>(a + at, b + at);
+    });
+  }
+  template <bool kFold>
+  static std::uint32_t Candidates(const char* block, std::size_t span,
+                                  unsigned char first, unsigned char last) {
+    return Join([&](std::size_t at) {
+      return K::template Candidates<kFold>(block + at, span, first, last);
+    });
+  }
+  template <ByteSet kSet>
+  static std::uint32_t Kept(const unsigned char* p) {
+    return Join([&](std::size_t at) { return K::template Kept<kSet>(p + at); });
+  }
+};
+
+// The forms of 32 bytes a block, for the loops that run over long texts:
+// two blocks of a 16-byte form, one of a 32-byte form. The reference stays
+// one byte.
+template <class K>
+using Wide = std::conditional_t<K::kWidth == 16, Joined<K, 2>, K>;
+
+enum class Form : unsigned char { kScalar, kSse2, kAvx2, kNeon };
+
+// Which form this process runs: the widest the build and the processor
+// have, unless the environment variable VESK_KERNELS names another
+// ("scalar", "sse2", "avx2" or "neon") that both have. Asked once.
+Form ChooseForm();
+const char* FormName(Form form);
+
+// Set at dynamic initialisation. Code run from other files' static
+// initialisers before it reads kScalar, which is exact like every form.
+inline const Form g_form = ChooseForm();
+
+// Every call inside is inlined, so that the kernels are compiled into the
+// loops that call them (an AVX2 kernel can only be inlined into a function
+// built for AVX2).
+#define VESK_FLATTEN __attribute__((flatten))
+
+template <class K, template <class> class Op, class... Args>
+VESK_FLATTEN auto RunAs(Args... args) {
+  return Op<K>::Run(args...);
+}
+
+}  // namespace vesk
+
+#include "kernels_avx2.h"
+#include "kernels_neon.h"
+#include "kernels_sse2.h"  // before AVX2, its narrower form
+
+namespace vesk {
+
+// Op<K>::Run(args...) with K the form this process runs.
+template <template <class> class Op, class... Args>
+auto Dispatch(Args... args) {
+  switch (g_form) {
+#if VESK_WITH_AVX2
+    case Form::kAvx2: return RunAvx2<Op>(args...);
+#endif
+#if VESK_WITH_SSE2
+    case Form::kSse2: return RunAs<sse2::Kernels, Op>(args...);
+#endif
+#if VESK_WITH_NEON
+    case Form::kNeon: return RunAs<neon::Kernels, Op>(args...);
+#endif
+    default: return RunAs<ScalarReference, Op>(args...);
+  }
+}
+
+}  // namespace vesk
+
+#endif  // VESK_CORE_KERNELS_H
