@@ -3,43 +3,50 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 namespace vesk {
 
 const char* FormName(Form form) {
+  static const char* const kNames[] = {"scalar", "sse2", "avx2", "neon"};
+  return kNames[static_cast<int>(form)];
+}
+
+bool FormRuns(Form form) {
   switch (form) {
-    case Form::kSse2: return "sse2";
-    case Form::kAvx2: return "avx2";
-    case Form::kNeon: return "neon";
+    case Form::kSse2: return VESK_WITH_SSE2 != 0;
+    case Form::kAvx2:
+#if VESK_WITH_AVX2
+      __builtin_cpu_init();
+      return __builtin_cpu_supports("avx2") != 0;
+#else
+      return false;
+#endif
+    case Form::kNeon: return VESK_WITH_NEON != 0;
     case Form::kScalar: break;
   }
-  return "scalar";
+  return true;
 }
 
 Form ChooseForm() {
-  Form widest = Form::kScalar;
-#if VESK_WITH_SSE2
-  widest = Form::kSse2;
-#endif
-#if VESK_WITH_AVX2
-  __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx2")) widest = Form::kAvx2;
-#endif
-#if VESK_WITH_NEON
-  widest = Form::kNeon;
-#endif
-  // A narrower x86-64 form than the widest runs wherever the widest does;
-  // NEON and the x86-64 forms exclude each other.
   const char* forced = std::getenv("VESK_KERNELS");
-  if (forced == nullptr) return widest;
-  for (int form = 0; form <= static_cast<int>(widest); ++form) {
-    if (std::strcmp(forced, FormName(static_cast<Form>(form))) == 0 &&
-        (form == 0 || form == static_cast<int>(widest) ||
-         widest != Form::kNeon)) {
-      return static_cast<Form>(form);
+  Form widest = Form::kScalar;
+  for (const Form form : {Form::kSse2, Form::kAvx2, Form::kNeon}) {
+    if (FormRuns(form)) widest = form;
+    if (forced != nullptr && std::strcmp(forced, FormName(form)) == 0 &&
+        FormRuns(form)) {
+      return form;
     }
   }
+  if (forced != nullptr && std::strcmp(forced, "scalar") == 0) {
+    return Form::kScalar;
+  }
   return widest;
+}
+
+bool ForcedFormRuns() {
+  const char* forced = std::getenv("VESK_KERNELS");
+  return forced == nullptr || std::strcmp(forced, FormName(g_form)) == 0;
 }
 
 }  // namespace vesk

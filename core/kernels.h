@@ -164,6 +164,11 @@ enum class Form : unsigned char { kScalar, kSse2, kAvx2, kNeon };
 // ("scalar", "sse2", "avx2" or "neon") that both have. Asked once.
 Form ChooseForm();
 const char* FormName(Form form);
+// Whether this build has the form and this processor runs it.
+bool FormRuns(Form form);
+// False when VESK_KERNELS names a form that this process does not run, so
+// that a test run forcing it is skipped rather than run with another form.
+bool ForcedFormRuns();
 
 // Set at dynamic initialisation. Code run from other files' static
 // initialisers before it reads kScalar, which is exact like every form.
@@ -183,7 +188,17 @@ VESK_FLATTEN auto RunAs(Args... args) {
 
 #include "kernels_avx2.h"
 #include "kernels_neon.h"
-#include "kernels_sse2.h"  // before AVX2, its narrower form
+#include "kernels_sse2.h"
+
+#ifndef VESK_WITH_SSE2
+#define VESK_WITH_SSE2 0
+#endif
+#ifndef VESK_WITH_AVX2
+#define VESK_WITH_AVX2 0
+#endif
+#ifndef VESK_WITH_NEON
+#define VESK_WITH_NEON 0
+#endif
 
 namespace vesk {
 

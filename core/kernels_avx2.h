@@ -5,6 +5,8 @@
 #ifndef VESK_CORE_KERNELS_AVX2_H
 #define VESK_CORE_KERNELS_AVX2_H
 
+#include "kernels_sse2.h"  // the narrower form
+
 #if VESK_WITH_SSE2 && defined(__x86_64__) && defined(__GNUC__)
 #define VESK_WITH_AVX2 1
 #define VESK_TARGET_AVX2 __attribute__((target("avx2")))
