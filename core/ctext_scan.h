@@ -63,17 +63,20 @@ class TextPrefix {
 // read; shorter runs in K's narrower form.
 template <bool kFold, class K>
 std::size_t FirstDifference(const char* a, const char* b, std::size_t n) {
-  if (n < K::kWidth) {
-    if constexpr (K::kWidth > 1) {
+  if constexpr (K::kWidth == 1) {
+    std::size_t i = 0;
+    while (i < n && K::template Differ<kFold>(a + i, b + i) == 0) ++i;
+    return i;
+  } else {
+    if (n < K::kWidth) {
       return FirstDifference<kFold, typename K::Narrower>(a, b, n);
     }
-    return n;
-  }
-  for (std::size_t i = 0;; i += K::kWidth) {
-    if (i + K::kWidth > n) i = n - K::kWidth;
-    const std::uint32_t differ = K::template Differ<kFold>(a + i, b + i);
-    if (differ != 0) return i + __builtin_ctz(differ);
-    if (i + K::kWidth == n) return n;
+    for (std::size_t i = 0;; i += K::kWidth) {
+      if (i + K::kWidth > n) i = n - K::kWidth;
+      const std::uint32_t differ = K::template Differ<kFold>(a + i, b + i);
+      if (differ != 0) return i + __builtin_ctz(differ);
+      if (i + K::kWidth == n) return n;
+    }
   }
 }
 

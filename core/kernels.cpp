@@ -28,24 +28,28 @@ bool FormRuns(Form form) {
   return true;
 }
 
-Form ChooseForm() {
+// The form VESK_KERNELS names, or null when it is unset or empty.
+const char* ForcedForm() {
   const char* forced = std::getenv("VESK_KERNELS");
+  return forced != nullptr && forced[0] != '\0' ? forced : nullptr;
+}
+
+Form ChooseForm() {
+  const char* forced = ForcedForm();
   Form widest = Form::kScalar;
-  for (const Form form : {Form::kSse2, Form::kAvx2, Form::kNeon}) {
-    if (FormRuns(form)) widest = form;
-    if (forced != nullptr && std::strcmp(forced, FormName(form)) == 0 &&
-        FormRuns(form)) {
+  for (const Form form :
+       {Form::kScalar, Form::kSse2, Form::kAvx2, Form::kNeon}) {
+    if (!FormRuns(form)) continue;
+    if (forced != nullptr && std::strcmp(forced, FormName(form)) == 0) {
       return form;
     }
-  }
-  if (forced != nullptr && std::strcmp(forced, "scalar") == 0) {
-    return Form::kScalar;
+    widest = form;
   }
   return widest;
 }
 
 bool ForcedFormRuns() {
-  const char* forced = std::getenv("VESK_KERNELS");
+  const char* forced = ForcedForm();
   return forced == nullptr || std::strcmp(forced, FormName(g_form)) == 0;
 }
 

@@ -21,7 +21,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 #include "veskstring.h"
 
@@ -69,27 +68,6 @@ constexpr bool InSet(ByteSet set, int byte) {
   return false;
 }
 
-// InSet for every set and byte, so that the reference need not search the
-// marks at run time: bit s of bits[b] for set s.
-struct SetMembership {
-  unsigned char bits[256];
-};
-
-constexpr SetMembership MakeSetMembership() {
-  SetMembership table{};
-  for (int byte = 0; byte < 256; ++byte) {
-    for (int set = 0; set <= static_cast<int>(ByteSet::kAll); ++set) {
-      if (InSet(static_cast<ByteSet>(set), byte)) {
-        table.bits[byte] =
-            static_cast<unsigned char>(table.bits[byte] | 1u << set);
-      }
-    }
-  }
-  return table;
-}
-
-inline constexpr SetMembership kSetMembership = MakeSetMembership();
-
 // The reference form: each kernel for one byte, as the definition reads.
 struct ScalarReference {
   static constexpr std::size_t kWidth = 1;
@@ -111,51 +89,9 @@ struct ScalarReference {
   }
   template <ByteSet kSet>
   static std::uint32_t Kept(const unsigned char* p) {
-    return kSetMembership.bits[*p] >> static_cast<int>(kSet) & 1u;
+    return InSet(kSet, *p);
   }
 };
-
-// K with kTimes blocks to its block: fewer branches in a loop over long
-// runs, its Narrower the block of K.
-template <class K, int kTimes>
-struct Joined {
-  static constexpr std::size_t kWidth = K::kWidth * kTimes;
-  static_assert(kWidth <= 32, "a mask holds 32 bytes");
-  static constexpr std::uint32_t kAll = kWidth == 32 ? ~0u : (1u << kWidth) - 1;
-  using Narrower = K;
-
-  template <class Block>
-  static std::uint32_t Join(Block block) {
-    std::uint32_t mask = 0;
-    for (int i = 0; i < kTimes; ++i) {
-      mask |= block(i * K::kWidth) << (i * K::kWidth);
-    }
-    return mask;
-  }
-  template <bool kFold>
-  static std::uint32_t Differ(const char* a, const char* b) {
-    return Join([&](std::size_t at) {
-      return K::template Differ<kFold>(a + at, b + at);
-    });
-  }
-  template <bool kFold>
-  static std::uint32_t Candidates(const char* block, std::size_t span,
-                                  unsigned char first, unsigned char last) {
-    return Join([&](std::size_t at) {
-      return K::template Candidates<kFold>(block + at, span, first, last);
-    });
-  }
-  template <ByteSet kSet>
-  static std::uint32_t Kept(const unsigned char* p) {
-    return Join([&](std::size_t at) { return K::template Kept<kSet>(p + at); });
-  }
-};
-
-// The forms of 32 bytes a block, for the loops that run over long texts:
-// two blocks of a 16-byte form, one of a 32-byte form. The reference stays
-// one byte.
-template <class K>
-using Wide = std::conditional_t<K::kWidth == 16, Joined<K, 2>, K>;
 
 enum class Form : unsigned char { kScalar, kSse2, kAvx2, kNeon };
 
@@ -175,8 +111,8 @@ bool ForcedFormRuns();
 inline const Form g_form = ChooseForm();
 
 // Every call inside is inlined, so that the kernels are compiled into the
-// loops that call them (an AVX2 kernel can only be inlined into a function
-// built for AVX2).
+// loops that call them: an AVX2 kernel can only be inlined into a function
+// built for AVX2.
 #define VESK_FLATTEN __attribute__((flatten))
 
 template <class K, template <class> class Op, class... Args>

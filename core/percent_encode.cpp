@@ -72,7 +72,7 @@ struct Encoder {
   struct With {
     static char* Run(const unsigned char* p, const unsigned char* stop,
                      char* out) {
-      return EncodeRun<Rule, vesk::Wide<K>>(p, stop, out);
+      return EncodeRun<Rule, K>(p, stop, out);
     }
   };
 };

@@ -2,8 +2,8 @@
 // places where the needle's first and last bytes both fit finds the common
 // matches quickly; when checking those places costs too much for the text
 // passed, the search goes on with a two-way scan, whose time is linear in
-// the text and needle lengths for every input. The block scan runs 32 places
-// a step in the kernels' form.
+// the text and needle lengths for every input. The block scan looks at a block
+// of places a step, in the kernels' form.
 #include <cassert>
 #include <cstdint>
 #include <cstring>
@@ -186,8 +186,8 @@ struct Search {
     static const char* Run(const char* text, const char* needle) {
       if (needle == nullptr || needle[0] == '\0') return text;
       const std::size_t m = std::strlen(needle);
-      TextPrefix prefix(text, 0, 0);
-      prefix.Grow(m > 256 ? m : 256);
+      const std::size_t step = m > 256 ? m : 256;
+      TextPrefix prefix(text, step, vesk::BoundedLength(text, step));
       const Needle n{m, ScalarReference::Map<kFold>(needle[0]),
                      ScalarReference::Map<kFold>(needle[m - 1])};
       if (prefix.known() < m) return nullptr;
@@ -204,8 +204,7 @@ struct Search {
         return true;
       };
       do {
-        if (ScanBlocks<kFold, vesk::Wide<K>>(text, at, prefix.known() - m + 1,
-                                             n, check)) {
+        if (ScanBlocks<kFold, K>(text, at, prefix.known() - m + 1, n, check)) {
           if (found != nullptr) return found;
           return TwoWay<kFold>(text, prefix, twoWay, needle,
                                static_cast<long>(m));

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs every test: once with g++ (optimised) and once
-# with clang (debug, SSE2 only), both with warnings as errors; then the
+# with clang (debug), both with warnings as errors, each also with every
+# form of the block kernels forced in turn (tests/CMakeLists.txt); then the
 # clang build's unit tests under valgrind, everything again under
 # AddressSanitizer and UndefinedBehaviorSanitizer, and the fuzz target for
 # 120 seconds. Each stage prints a line as it starts, with how long it took
@@ -27,9 +28,7 @@ run_suite() {
 
 run_suite gcc g++ RelWithDebInfo "about 30 s"
 # DWARF 4: the valgrind below cannot read clang 14's default DWARF 5.
-# Without AVX2, so that the SSE2 paths that other machines take are tested
-# here too.
-run_suite clang clang++ Debug "about 15 s" "-gdwarf-4 -DVESK_NO_AVX2"
+run_suite clang clang++ Debug "about 15 s" "-gdwarf-4"
 scripts/valgrind.sh build/clang
 scripts/sanitize.sh
 scripts/fuzz.sh 120
