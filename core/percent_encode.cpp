@@ -119,7 +119,7 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
                 const unsigned char* end, char* out, unsigned long& pending) {
   constexpr const ByteCodes& codes = Rule::kCodes;
   constexpr long kWidth = static_cast<long>(K::kWidth);
-  const unsigned char* p = from;  // kept in a register, unlike `from`
+  const unsigned char* p = from;
   while (p < stop) {
     unsigned long width;
     if (stop - p >= kWidth) {

@@ -19,7 +19,7 @@ using vesk::ScalarReference;
 
 // Whether the `n` bytes at `a` and `b` are the same, with kFold by their
 // folds. Short exact runs compare as two overlapping words, which reads no
-// byte outside either run; no run needs a call.
+// byte outside either run.
 template <bool kFold, class K>
 bool Equal(const char* a, const char* b, std::size_t n) {
   const auto same = [&](auto word, std::size_t at) {
