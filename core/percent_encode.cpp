@@ -1,6 +1,7 @@
 // VeskString: form encoding and escaped heap copies.
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "../host/text_services.h"
 #include "byte_sets.h"
@@ -197,11 +198,14 @@ template <class Rule>
 struct EscapedCopy {
   template <class K>
   struct With {
+    // A host call for every character: blocks of 16 bytes at most, so that
+    // no 32-byte register lives across the calls (docs/PERFORMANCE.md).
+    using Block = std::conditional_t<(K::kWidth > 16), typename K::Narrower, K>;
     static char* Run(const VeskString* source) {
       if (source->Length() == 0) return nullptr;
       VeskString work;  // cleared on every way out, exceptions included
       auto* p = reinterpret_cast<const unsigned char*>(source->Text());
-      AppendEscaped<Rule, K>(work, p, p + std::strlen(source->Text()));
+      AppendEscaped<Rule, Block>(work, p, p + std::strlen(source->Text()));
       // The escapes hold no NUL, so the length measures the copy.
       return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
                        static_cast<unsigned long>(work.Length()));
