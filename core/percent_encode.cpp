@@ -198,8 +198,8 @@ template <class Rule>
 struct EscapedCopy {
   template <class K>
   struct With {
-    // A host call for every character: blocks of 16 bytes at most, so that
-    // no 32-byte register lives across the calls (docs/PERFORMANCE.md).
+    // Blocks of 16 bytes at most: the copies make a host call for every
+    // character, and 32-byte blocks made them slower (docs/PERFORMANCE.md).
     using Block = std::conditional_t<(K::kWidth > 16), typename K::Narrower, K>;
     static char* Run(const VeskString* source) {
       if (source->Length() == 0) return nullptr;
