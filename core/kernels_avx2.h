@@ -39,7 +39,7 @@ struct Lanes {
 
 using NarrowerKernels = sse2::Kernels;
 #define VESK_KERNEL VESK_TARGET_AVX2
-#include "vector_kernels.inc"
+#include "vector_kernels.h"
 #undef VESK_KERNEL
 
 }  // namespace vesk::avx2

@@ -32,7 +32,7 @@ struct Lanes {
 
 using NarrowerKernels = ScalarReference;
 #define VESK_KERNEL
-#include "vector_kernels.inc"
+#include "vector_kernels.h"
 #undef VESK_KERNEL
 
 }  // namespace vesk::sse2

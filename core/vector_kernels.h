@@ -3,6 +3,7 @@
 // of kWidth bytes with Load, Splat, Or, And, AndNot, Xor, Add, Equal, Less
 // on signed bytes, and Mask, whose bit i is the top bit of byte i), its
 // `NarrowerKernels` and VESK_KERNEL, the attributes its functions need.
+// No include guard: each form includes it once.
 struct Kernels {
   using L = Lanes;
   using V = L::V;
