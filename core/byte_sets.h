@@ -35,44 +35,23 @@ constexpr ByteCodes MakeByteCodes(ByteSet kept, bool plusForSpace,
   return codes;
 }
 
-// Each rule: kKept, the set of bytes it keeps, which the block kernels
-// test; kCodes, its codes, in which exactly those bytes code as themselves.
-
-// The form encoding: the 62 letters and digits.
-struct FormRule {
-  static constexpr ByteSet kKept = ByteSet::kLettersAndDigits;
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, false);
+// A rule: kKept, the set of bytes it keeps, which the block kernels test;
+// kCodes, its codes, in which exactly those bytes code as themselves (with
+// kPlusForSpace a space codes as '+', not kept).
+template <ByteSet kSet, bool kPlusForSpace = false>
+struct Rule {
+  static constexpr ByteSet kKept = kSet;
+  static constexpr ByteCodes kCodes = MakeByteCodes(kSet, kPlusForSpace);
 };
 
-// The form encoding with a space written as '+', which is not kept: it is
-// written by its code.
-struct FormPlusRule : FormRule {
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, true);
-};
-
-// The strict escaped copy: 64 values, letters, digits, '-' and '.'.
-struct StrictRule {
-  static constexpr ByteSet kKept = ByteSet::kStrict;
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, false);
-};
-
-// The URL copy: 86 values, letters, digits and the 24 marks a URL keeps.
-struct UrlRule {
-  static constexpr ByteSet kKept = ByteSet::kUrl;
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, false);
-};
-
-// The high-byte encoding and copy: the ASCII bytes, 0x00 to 0x7F.
-struct AsciiRule {
-  static constexpr ByteSet kKept = ByteSet::kAscii;
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, false);
-};
-
-// The lenient escaped copy: every byte kept.
-struct KeepAllRule {
-  static constexpr ByteSet kKept = ByteSet::kAll;
-  static constexpr ByteCodes kCodes = MakeByteCodes(kKept, false);
-};
+// The form encodings, the strict and the lenient escaped copy, the URL copy,
+// and the high-byte encoding and copy (the sets are described in kernels.h).
+using FormRule = Rule<ByteSet::kLettersAndDigits>;
+using FormPlusRule = Rule<ByteSet::kLettersAndDigits, true>;
+using StrictRule = Rule<ByteSet::kStrict>;
+using KeepAllRule = Rule<ByteSet::kAll>;
+using UrlRule = Rule<ByteSet::kUrl>;
+using AsciiRule = Rule<ByteSet::kAscii>;
 
 // The bytes of a multibyte character in the escaped copies: every byte
 // escaped.

@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
 
 namespace vesk {
 
@@ -14,21 +13,24 @@ const char* FormName(Form form) {
 
 bool FormRuns(Form form) {
   switch (form) {
-    case Form::kSse2: return VESK_WITH_SSE2 != 0;
-    case Form::kAvx2:
+    case Form::kScalar:
+#if VESK_WITH_SSE2
+    case Form::kSse2:
+#endif
+#if VESK_WITH_NEON
+    case Form::kNeon:
+#endif
+      return true;
 #if VESK_WITH_AVX2
+    case Form::kAvx2:
       __builtin_cpu_init();
       return __builtin_cpu_supports("avx2") != 0;
-#else
-      return false;
 #endif
-    case Form::kNeon: return VESK_WITH_NEON != 0;
-    case Form::kScalar: break;
+    default: return false;
   }
-  return true;
 }
 
-// The form VESK_KERNELS names, or null when it is unset or empty.
+// The form VESK_KERNELS names; null when it is unset or empty.
 const char* ForcedForm() {
   const char* forced = std::getenv("VESK_KERNELS");
   return forced != nullptr && forced[0] != '\0' ? forced : nullptr;
@@ -37,8 +39,8 @@ const char* ForcedForm() {
 Form ChooseForm() {
   const char* forced = ForcedForm();
   Form widest = Form::kScalar;
-  for (const Form form :
-       {Form::kScalar, Form::kSse2, Form::kAvx2, Form::kNeon}) {
+  for (int i = 0; i <= static_cast<int>(Form::kNeon); ++i) {
+    const auto form = static_cast<Form>(i);
     if (!FormRuns(form)) continue;
     if (forced != nullptr && std::strcmp(forced, FormName(form)) == 0) {
       return form;

@@ -37,8 +37,8 @@ inline unsigned char FoldByte(char c) {
 // The byte sets that the percent-encoders keep as they are.
 enum class ByteSet {
   kLettersAndDigits,  // the 62 ASCII letters and digits
-  kStrict,            // those, '-' and '.'
-  kUrl,               // those and the 24 marks a URL keeps, '%' among them
+  kStrict,            // those, '-' and '.': 64 values
+  kUrl,               // those and 24 marks a URL keeps, '%' among them: 86
   kAscii,             // 0x00 to 0x7F
   kAll,               // every byte
 };
@@ -49,11 +49,18 @@ constexpr bool IsAsciiLetterOrDigit(int byte) {
          ((byte & 0xDF) >= 'A' && (byte & 0xDF) <= 'Z');
 }
 
-constexpr bool IsUrlMark(int byte) {
+// The 24 marks a URL keeps as bits: bit b % 64 of word b / 64, for b < 128.
+constexpr std::uint64_t UrlMarkBits(int word) {
+  std::uint64_t bits = 0;
   for (const char* mark = "!\"#$%&'()*+,-./:;=?@[]_~"; *mark != '\0'; ++mark) {
-    if (*mark == byte) return true;
+    if (*mark / 64 == word) bits |= std::uint64_t{1} << *mark % 64;
   }
-  return false;
+  return bits;
+}
+inline constexpr std::uint64_t kUrlMarks[] = {UrlMarkBits(0), UrlMarkBits(1)};
+
+constexpr bool IsUrlMark(int byte) {
+  return byte >= 0 && byte < 128 && (kUrlMarks[byte / 64] >> byte % 64 & 1);
 }
 
 constexpr bool InSet(ByteSet set, int byte) {
@@ -110,9 +117,8 @@ bool ForcedFormRuns();
 // initialisers before it reads kScalar, which is exact like every form.
 inline const Form g_form = ChooseForm();
 
-// Every call inside is inlined, so that the kernels are compiled into the
-// loops that call them: an AVX2 kernel can only be inlined into a function
-// built for AVX2.
+// Every call inside is inlined: without it g++ left the AVX2 kernels out of
+// line, a call per block (docs/PERFORMANCE.md).
 #define VESK_FLATTEN __attribute__((flatten))
 
 template <class K, template <class> class Op, class... Args>
@@ -125,16 +131,6 @@ VESK_FLATTEN auto RunAs(Args... args) {
 #include "kernels_avx2.h"
 #include "kernels_neon.h"
 #include "kernels_sse2.h"
-
-#ifndef VESK_WITH_SSE2
-#define VESK_WITH_SSE2 0
-#endif
-#ifndef VESK_WITH_AVX2
-#define VESK_WITH_AVX2 0
-#endif
-#ifndef VESK_WITH_NEON
-#define VESK_WITH_NEON 0
-#endif
 
 namespace vesk {
 

@@ -122,31 +122,31 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
   constexpr long kWidth = static_cast<long>(K::kWidth);
   const unsigned char* p = from;
   while (p < stop) {
-    unsigned long width;
-    if (stop - p >= kWidth) {
-      // A block of single-byte characters goes through the kept test at
-      // once; the widths are still asked one character at a time.
-      long singles = 0;
-      unsigned asked = 0;
-      for (; singles < kWidth; ++singles) {
-        asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
-        if (asked >= 2) break;  // a multibyte character
+    if (stop - p < kWidth) {
+      if constexpr (kWidth > 1) {
+        from = p;
+        return EscapeRun<Rule, typename K::Narrower>(from, stop, end, out,
+                                                     pending);
       }
-      if (singles == kWidth) {
-        const std::uint32_t kept = K::template Kept<Rule::kKept>(p);
-        out = PutBlock<K::kWidth>(p, kept, out, codes);
-        p += kWidth;
-        continue;
-      }
-      for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
-      width = asked;
-    } else {
-      width = AskWidth(*p);
     }
-    if (width == 1) {
-      out = PutCode(out, codes, *p++);
+    // A block of single-byte characters goes through the kept test at
+    // once; the widths are still asked one character at a time.
+    long singles = 0;
+    unsigned asked = 0;
+    for (; singles < kWidth; ++singles) {
+      asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
+      if (asked >= 2) break;  // a multibyte character
+    }
+    if (singles == kWidth) {
+      // A single byte goes by its code, which needs no kept test.
+      const std::uint32_t kept =
+          kWidth > 1 ? K::template Kept<Rule::kKept>(p) : 0;
+      out = PutBlock<K::kWidth>(p, kept, out, codes);
+      p += kWidth;
       continue;
     }
+    for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
+    const unsigned long width = asked;
     const long bytes = static_cast<long>(
         std::min<unsigned long>(width, end - p));  // cut short by the NUL
     if (bytes > stop - p) {
