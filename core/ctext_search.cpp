@@ -9,38 +9,23 @@
 namespace {
 
 using vesk::BoundedLength;
-using vesk::FirstFoldedDifference;
 using vesk::FoldByte;
 
 int FoldDifference(char a, char b) { return FoldByte(a) - FoldByte(b); }
 
-#if VESK_WITH_AVX2
-// FirstFoldedDifference in 32-byte blocks, for runs of at least 32 bytes.
-// Out of line, so that the caller's memchr calls need no vzeroupper.
-VESK_TARGET_AVX2 __attribute__((noinline)) std::size_t
-FirstFoldedDifferenceWide(const char* a, const char* b, std::size_t n) {
-  for (std::size_t i = 0;; i += 32) {
-    if (i + 32 > n) i = n - 32;
-    const unsigned differ =
-        vesk::FoldedMismatch32(vesk::Load32(a + i), vesk::Load32(b + i));
-    if (differ != 0) return i + __builtin_ctz(differ);
-    if (i + 32 == n) return n;
+template <class K>
+struct FoldedDifference {
+  static std::size_t Run(const char* a, const char* b, std::size_t n) {
+    return vesk::FirstDifference<true, K>(a, b, n);
   }
-}
-#endif
-
-std::size_t FirstFoldedDifferenceAnyWidth(const char* a, const char* b,
-                                          std::size_t n) {
-#if VESK_WITH_AVX2
-  if (n >= 32 && vesk::g_hasAvx2) return FirstFoldedDifferenceWide(a, b, n);
-#endif
-  return FirstFoldedDifference(a, b, n);
-}
+};
 
 // The folded comparison of at most `limit` bytes. Each step measures a,
 // then b no further than a's end, so both are readable over b's measured
 // length; when that falls short of the step, the byte after it is b's
-// terminator or a's, and readable in the other.
+// terminator or a's, and readable in the other. Only the compare runs in
+// the kernels' form: the whole comparison in the AVX2 form was slower
+// (docs/PERFORMANCE.md).
 int CompareFolded(const char* a, const char* b, std::size_t limit) {
   if (limit == 0) return 0;
   std::size_t done = 0;
@@ -49,7 +34,7 @@ int CompareFolded(const char* a, const char* b, std::size_t limit) {
     const std::size_t aLength = BoundedLength(a + done, want);
     const std::size_t common = BoundedLength(b + done, aLength);
     const std::size_t diff =
-        FirstFoldedDifferenceAnyWidth(a + done, b + done, common);
+        vesk::Dispatch<FoldedDifference>(a + done, b + done, common);
     if (diff < common) return FoldDifference(a[done + diff], b[done + diff]);
     done += common;
     if (done == limit) return 0;

@@ -1,12 +1,13 @@
 // VeskString: form encoding and escaped heap copies.
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "byte_sets.h"
 #include "direct_writer.h"
 #include "host/text_services.h"
 #include "internal.h"
-#include "vector_blocks.h"
+#include "kernels.h"
 #include "veskstring.h"
 
 namespace {
@@ -30,81 +31,52 @@ void AppendCode(VeskString& out, const ByteCodes& codes, unsigned char byte) {
   for (int i = 0; i < code[3]; ++i) out.AppendChar(code[i]);
 }
 
-#if VESK_WITH_SSE2
-using vesk::Load16;
-
-// Writes the 16 single-byte characters at `p`, whose kept ones `keptMask`
-// marks, to `out`, which has room for three bytes per input byte.
-inline char* PutChunk(const unsigned char* p, unsigned keptMask, char* out,
-                      const ByteCodes& codes) {
-  if (keptMask == 0xFFFF) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
-    return out + 16;
+// Writes the kWidth single-byte characters at `p`, whose kept ones `kept`
+// marks, to `out`, which has room for three bytes per input byte: a block
+// kept whole as one copy, otherwise each half as a block of its own down to
+// 16 bytes, then byte by byte.
+template <std::size_t kWidth>
+char* PutBlock(const unsigned char* p, std::uint32_t kept, char* out,
+               const ByteCodes& codes) {
+  constexpr std::uint32_t kAll = kWidth == 32 ? ~0u : (1u << kWidth) - 1;
+  if (kept == kAll) {
+    std::memcpy(out, p, kWidth);
+    return out + kWidth;
   }
-  for (int i = 0; i < 16; ++i) out = PutCode(out, codes, p[i]);
+  if constexpr (kWidth > 16) {
+    constexpr std::size_t kHalf = kWidth / 2;
+    out = PutBlock<kHalf>(p, kept & ((1u << kHalf) - 1), out, codes);
+    return PutBlock<kHalf>(p + kHalf, kept >> kHalf, out, codes);
+  }
+  for (std::size_t i = 0; i < kWidth; ++i) out = PutCode(out, codes, p[i]);
   return out;
 }
-#endif
 
 // Encodes [p, stop) into `out` by `Rule`, which has room for three bytes
-// per input byte. Runs of kept bytes go 16 at a time.
-template <class Rule>
+// per input byte: in blocks of K, then of K's narrower forms.
+template <class Rule, class K>
 char* EncodeRun(const unsigned char* p, const unsigned char* stop, char* out) {
-  constexpr const ByteCodes& codes = Rule::kCodes;
-#if VESK_WITH_SSE2
-  // Two chunks a step: long runs of kept bytes take one branch per 32.
-  for (; stop - p >= 32; p += 32) {
-    const unsigned low = Rule::Kept16(p), high = Rule::Kept16(p + 16);
-    if ((low & high) == 0xFFFF) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(p));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), Load16(p + 16));
-      out += 32;
-      continue;
+  if constexpr (K::kWidth > 1) {
+    for (; stop - p >= static_cast<long>(K::kWidth); p += K::kWidth) {
+      const std::uint32_t kept = K::template Kept<Rule::kKept>(p);
+      out = PutBlock<K::kWidth>(p, kept, out, Rule::kCodes);
     }
-    out = PutChunk(p + 16, high, PutChunk(p, low, out, codes), codes);
+    return EncodeRun<Rule, typename K::Narrower>(p, stop, out);
   }
-  for (; stop - p >= 16; p += 16) {
-    out = PutChunk(p, Rule::Kept16(p), out, codes);
-  }
-#endif
-  for (; p < stop; ++p) out = PutCode(out, codes, *p);
+  for (; p < stop; ++p) out = PutCode(out, Rule::kCodes, *p);
   return out;
 }
 
-#if VESK_WITH_AVX2
-using vesk::Load32;
-
-// EncodeRun with one 32-byte test a step instead of two 16-byte ones.
 template <class Rule>
-VESK_TARGET_AVX2 char* EncodeRunWide(const unsigned char* p,
-                                     const unsigned char* stop, char* out) {
-  constexpr const ByteCodes& codes = Rule::kCodes;
-  for (; stop - p >= 32; p += 32) {
-    const unsigned kept = Rule::Kept32(p);
-    if (kept == ~0u) {
-      _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Load32(p));
-      out += 32;
-      continue;
+struct Encoder {
+  template <class K>
+  struct With {
+    static char* Run(const unsigned char* p, const unsigned char* stop,
+                     char* out) {
+      return EncodeRun<Rule, K>(p, stop, out);
     }
-    out = PutChunk(p + 16, kept >> 16, PutChunk(p, kept & 0xFFFF, out, codes),
-                   codes);
-  }
-  return EncodeRun<Rule>(p, stop, out);
-}
-#endif
-
-// EncodeRun, in its AVX2 form where the rule has one and the machine AVX2,
-// which is asked of the processor once.
-template <class Rule>
-char* EncodeBatch(const unsigned char* p, const unsigned char* stop,
-                  char* out) {
-#if VESK_WITH_AVX2
-  if constexpr (Rule::kHasKept32) {
-    if (vesk::g_hasAvx2) return EncodeRunWide<Rule>(p, stop, out);
-  }
-#endif
-  return EncodeRun<Rule>(p, stop, out);
-}
+  };
+};
 
 // Appends the code of every byte of `text` by `Rule`. Batches that surely
 // fit are written directly; a byte that may need growth goes through
@@ -120,7 +92,8 @@ void AppendEncoded(VeskString& out, const char* text) {
       AppendCode(out, Rule::kCodes, *p++);
       continue;
     }
-    writer.Commit(EncodeBatch<Rule>(p, p + batch, writer.Begin()));
+    writer.Commit(vesk::Dispatch<Encoder<Rule>::template With>(p, p + batch,
+                                                               writer.Begin()));
     p += batch;
   }
 }
@@ -142,40 +115,38 @@ inline unsigned long AskWidth(unsigned char lead) {
 // character that reaches past `stop`, whose width it has already asked,
 // it leaves that width in `pending` (otherwise 0), so that the host is not
 // asked twice.
-template <class Rule>
+template <class Rule, class K>
 char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
                 const unsigned char* end, char* out, unsigned long& pending) {
   constexpr const ByteCodes& codes = Rule::kCodes;
-  const unsigned char* p = from;  // kept in a register, unlike `from`
+  constexpr long kWidth = static_cast<long>(K::kWidth);
+  const unsigned char* p = from;
   while (p < stop) {
-    unsigned long width;
-#if VESK_WITH_SSE2
-    if (stop - p >= 16) {
-      // Sixteen characters of one byte each go through the vector test at
-      // once; the widths are still asked one character at a time.
-      int singles = 0;
-      unsigned asked = 0;
-      for (; singles < 16; ++singles) {
-        asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
-        if (asked >= 2) break;  // a multibyte character
+    if (stop - p < kWidth) {
+      if constexpr (kWidth > 1) {
+        from = p;
+        return EscapeRun<Rule, typename K::Narrower>(from, stop, end, out,
+                                                     pending);
       }
-      if (singles == 16) {
-        out = PutChunk(p, Rule::Kept16(p), out, codes);
-        p += 16;
-        continue;
-      }
-      for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
-      width = asked;
-    } else {
-      width = AskWidth(*p);
     }
-#else
-    width = AskWidth(*p);
-#endif
-    if (width == 1) {
-      out = PutCode(out, codes, *p++);
+    // A block of single-byte characters goes through the kept test at
+    // once; the widths are still asked one character at a time.
+    long singles = 0;
+    unsigned asked = 0;
+    for (; singles < kWidth; ++singles) {
+      asked = static_cast<unsigned>(PlayerBytesInChar(p[singles]));
+      if (asked >= 2) break;  // a multibyte character
+    }
+    if (singles == kWidth) {
+      // A single byte goes by its code, which needs no kept test.
+      const std::uint32_t kept =
+          kWidth > 1 ? K::template Kept<Rule::kKept>(p) : 0;
+      out = PutBlock<K::kWidth>(p, kept, out, codes);
+      p += kWidth;
       continue;
     }
+    for (; singles > 0; --singles) out = PutCode(out, codes, *p++);
+    const unsigned long width = asked;
     const long bytes = static_cast<long>(
         std::min<unsigned long>(width, end - p));  // cut short by the NUL
     if (bytes > stop - p) {
@@ -194,7 +165,7 @@ char* EscapeRun(const unsigned char*& from, const unsigned char* stop,
 // far as the text goes) and every single-byte one coded by `Rule`.
 // Batches that surely fit are written directly; a character that may need
 // growth goes through AppendChar.
-template <class Rule>
+template <class Rule, class K>
 void AppendEscaped(VeskString& out, const unsigned char* p,
                    const unsigned char* end) {
   const DirectWriter writer(out);
@@ -202,7 +173,8 @@ void AppendEscaped(VeskString& out, const unsigned char* p,
     unsigned long width = 0;
     const long batch = std::min<long>(end - p, writer.Room() / 3);
     if (batch > 0) {
-      writer.Commit(EscapeRun<Rule>(p, p + batch, end, writer.Begin(), width));
+      writer.Commit(
+          EscapeRun<Rule, K>(p, p + batch, end, writer.Begin(), width));
       if (width == 0) continue;
     } else {
       width = AskWidth(*p);
@@ -221,17 +193,29 @@ void AppendEscaped(VeskString& out, const unsigned char* p,
 }
 
 // Walks the text by code-page characters into a work string and hands out
-// an exact copy of what it built. Kept out of line: inlined into the
-// public copies, it made a short copy slower (docs/PERFORMANCE.md).
+// an exact copy of what it built.
 template <class Rule>
-__attribute__((noinline)) char* EscapedCopy(const VeskString& source) {
-  if (source.Length() == 0) return nullptr;
-  VeskString work;  // cleared on every way out, exceptions included
-  auto* p = reinterpret_cast<const unsigned char*>(source.Text());
-  AppendEscaped<Rule>(work, p, p + std::strlen(source.Text()));
-  // The escapes hold no NUL, so the length measures the copy.
-  return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
-                   static_cast<unsigned long>(work.Length()));
+struct EscapedCopy {
+  template <class K>
+  struct With {
+    // Blocks of 16 bytes at most: the copies make a host call for every
+    // character, and 32-byte blocks made them slower (docs/PERFORMANCE.md).
+    using Block = std::conditional_t<(K::kWidth > 16), typename K::Narrower, K>;
+    static char* Run(const VeskString* source) {
+      if (source->Length() == 0) return nullptr;
+      VeskString work;  // cleared on every way out, exceptions included
+      auto* p = reinterpret_cast<const unsigned char*>(source->Text());
+      AppendEscaped<Rule, Block>(work, p, p + std::strlen(source->Text()));
+      // The escapes hold no NUL, so the length measures the copy.
+      return CreateStr(work.Text() != nullptr ? work.Text() : vesk::kEmptyText,
+                       static_cast<unsigned long>(work.Length()));
+    }
+  };
+};
+
+template <class Rule>
+char* Escaped(const VeskString& source) {
+  return vesk::Dispatch<EscapedCopy<Rule>::template With>(&source);
 }
 
 // `text` in the host code page when it is UTF-8 content and the caller
@@ -266,14 +250,14 @@ void VeskString::EncodeStringHighAscii(const char* text, int version) {
 }
 
 char* VeskString::CreateEscapedCStr(bool strict) const {
-  return strict ? EscapedCopy<vesk::StrictRule>(*this)
-                : EscapedCopy<vesk::KeepAllRule>(*this);
+  return strict ? Escaped<vesk::StrictRule>(*this)
+                : Escaped<vesk::KeepAllRule>(*this);
 }
 
 char* VeskString::CreateUpper128ASCIIEscapedCStr() const {
-  return EscapedCopy<vesk::AsciiRule>(*this);
+  return Escaped<vesk::AsciiRule>(*this);
 }
 
 char* VeskString::CreateEncodedUrl() const {
-  return EscapedCopy<vesk::UrlRule>(*this);
+  return Escaped<vesk::UrlRule>(*this);
 }

@@ -7,9 +7,7 @@
 
 using vesk::kEmptyText;
 
-// Out of line, so that the appends' common path (the bytes fit) stays a
-// leaf without the growth's register saves.
-__attribute__((noinline)) bool VeskString::EnsureCapacity(int required) {
+bool VeskString::EnsureCapacity(int required) {
   if (required < m_capacity) return true;
   // Small buffers grow by 256 bytes beyond the need, large ones by half.
   const long grown = m_capacity > 1023 ? m_capacity / 2 + long{required}
@@ -81,7 +79,7 @@ void VeskString::AppendBytes(const char* text, unsigned long n) {
   if (length + 1 >= m_capacity && !EnsureCapacity(length + 1)) return;
   char* const end = m_text + static_cast<unsigned int>(m_length);
   // `text` never lies in this string's buffer, so the terminator cannot
-  // land inside it and is written first; a long copy then is a tail call.
+  // land inside it and is written first.
   end[n] = '\0';
   m_length = length;
   CopyBytes(end, text, n);

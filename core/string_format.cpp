@@ -13,8 +13,7 @@ namespace {
 const char kDigits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 
 // The digits of `magnitude` in `base`, least significant first, written
-// backwards from `end`; returns where they start. Inlined with a constant
-// base, the division becomes a multiplication.
+// backwards from `end`; returns where they start.
 inline char* PutDigitsIn(unsigned long magnitude, unsigned long base,
                          char* end) {
   do {

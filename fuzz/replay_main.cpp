@@ -8,11 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "core/kernels.h"
+
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data,
                                       std::size_t size);
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
+  if (!vesk::ForcedFormRuns()) return 77;  // skipped: that form cannot run
   std::vector<std::filesystem::path> files(
       std::filesystem::directory_iterator(argv[1]), {});
   std::sort(files.begin(), files.end());  // the same order on every run
@@ -24,6 +27,7 @@ int main(int argc, char** argv) {
     LLVMFuzzerTestOneInput(
         reinterpret_cast<const unsigned char*>(bytes.c_str()), bytes.size());
   }
-  std::printf("replayed %zu inputs\n", files.size());
+  std::printf("replayed %zu inputs with the %s kernels\n", files.size(),
+              vesk::FormName(vesk::g_form));
   return files.empty() ? 1 : 0;
 }

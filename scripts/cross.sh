@@ -23,8 +23,7 @@ machines=("$@")
 [ $# -gt 0 ] || machines=(aarch64 s390x)
 for machine in "${machines[@]}"; do
   dir="build/$machine"
-  echo "== $machine: cross g++, tests under qemu-user; build and tests," \
-    "about 1 min 45 s each"
+  echo "== $machine: cross g++, tests under qemu-user; build and tests"
   quietly cmake -S . -B "$dir" -G Ninja \
     --toolchain "cmake/$machine-linux-gnu.cmake" \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_BUILD_TESTS=ON \

@@ -9,7 +9,6 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 source scripts/sanitizer-flags.sh
 dir=build/sanitize
-echo "== sanitize: clang++, $VESK_SANITIZER_FLAGS; build and tests," \
-  "about 40 s"
+echo "== sanitize: clang++, $VESK_SANITIZER_FLAGS; build and tests"
 configure_sanitized "$dir" -DVESK_BUILD_TESTS=ON
 ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"

@@ -1,6 +1,9 @@
 // Test entry point: every test must leave the host heap as it found it.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
+#include "core/kernels.h"
 #include "host/memory_manager.h"
 
 namespace {
@@ -20,6 +23,8 @@ class HeapBalanceListener : public testing::EmptyTestEventListener {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!vesk::ForcedFormRuns()) return 77;  // skipped: that form cannot run
+  std::printf("kernels: %s\n", vesk::FormName(vesk::g_form));
   testing::InitGoogleTest(&argc, argv);
   testing::UnitTest::GetInstance()->listeners().Append(new HeapBalanceListener);
   return RUN_ALL_TESTS();
