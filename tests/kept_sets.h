@@ -48,19 +48,25 @@ inline std::string Encoded(const std::string& text, Rule rule,
   return out;
 }
 
+// The escaped copy that `rule` (kStrict and after) makes of `s`: a heap
+// text, or null.
+inline char* EscapedCopy(Rule rule, const VeskString& s) {
+  return rule == kStrict     ? s.CreateEscapedCStr(true)
+         : rule == kLenient  ? s.CreateEscapedCStr(false)
+         : rule == kUpper128 ? s.CreateUpper128ASCIIEscapedCStr()
+                             : s.CreateEncodedUrl();
+}
+
 // What the encoder of `rule` makes of `text`: appended to an empty string
 // (the form encoding with `plus` and `convert`), or as a heap text, which
 // is released, "(null)" for none.
 inline std::string Encode(Rule rule, const std::string& text, int version = 5,
                           bool plus = false, bool convert = false) {
-  VeskString s(text.c_str()), out;
+  VeskString out;
   if (rule == kForm) out.EncodeString(text.c_str(), version, plus, convert);
   if (rule == kHighAscii) out.EncodeStringHighAscii(text.c_str(), version);
   if (rule <= kHighAscii) return out.Text() ? out.Text() : "";
-  char* heap = rule == kStrict     ? s.CreateEscapedCStr(true)
-               : rule == kLenient  ? s.CreateEscapedCStr(false)
-               : rule == kUpper128 ? s.CreateUpper128ASCIIEscapedCStr()
-                                   : s.CreateEncodedUrl();
+  char* heap = EscapedCopy(rule, VeskString(text.c_str()));
   const std::string bytes = heap ? heap : "(null)";
   Pelgc::SystemDelete(heap);
   return bytes;
