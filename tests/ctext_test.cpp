@@ -271,38 +271,42 @@ TEST(CTextTest, NumberReaders) {
   EXPECT_EQ(ToInt(Guarded16(Guarded16::Units{'1', 0x130, 0x12D}).get()), 1);
 }
 
-// Copies and joins of texts at a page's edge, and a script string's text,
-// each in a block of just its size; nothing is asked of the heap for a
-// null or too large a text.
+// Copies and joins of texts at a page's edge, and a script string's text;
+// nothing is asked of the heap for a null or too large a text.
 TEST(CTextTest, HeapTexts) {
-  const auto made = [](char* text, unsigned long size) {
-    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, size);
-    return vesk_test::TakeHeapText(text);
-  };
+  using vesk_test::TakeHeapText;
   marlo::String empty(""), vm("h\xC3\xA9llo \xF0\x9F\x98\x80");
   for (marlo::String* s : {static_cast<marlo::String*>(nullptr), &empty, &vm}) {
     const std::string bytes = s == &vm ? "h\xC3\xA9llo \xF0\x9F\x98\x80" : "";
-    const unsigned long n = bytes.size(), half = n / 2;
+    SCOPED_TRACE(s ? "script string " + bytes : "null script string");
+    const unsigned long half = bytes.size() / 2;
     const Guarded8 text(bytes), tail(bytes + "?");
     const auto counted = Guarded8::Counted(bytes, half);
-    EXPECT_EQ(made(CreateStr(s), n + 1), bytes);
-    EXPECT_EQ(made(CreateStr(text.get()), n + 1), bytes);
-    EXPECT_EQ(made(ConcatStr(text.get(), tail.get()), 2 * n + 2),
+    EXPECT_EQ(TakeHeapText(CreateStr(s)), bytes);
+    EXPECT_EQ(TakeHeapText(CreateStr(text.get())), bytes);
+    EXPECT_EQ(TakeHeapText(ConcatStr(text.get(), tail.get())),
               bytes + bytes + "?");
-    EXPECT_EQ(made(CreateStr(counted.get(), half), half + 1),
+    EXPECT_EQ(TakeHeapText(CreateStr(counted.get(), half)),
               bytes.substr(0, half));
   }
-  EXPECT_EQ(made(CreateStr(5UL), 6), "");
   const auto unreadable = Guarded8::Counted("x", 0);
+  const char* u = unreadable.get();
   const unsigned long requests = Pelgc::GetHeapStats().requests;
-  // ULONG_MAX: n + 1 wraps to 0.
-  EXPECT_FALSE(CreateStr(kNullText) || CreateStr(kNullText, 5) ||
-               ConcatStr(kNullText, unreadable.get()) ||
-               ConcatStr(unreadable.get(), kNullText) || CreateStr(ULONG_MAX) ||
-               CreateStr(unreadable.get(), ULONG_MAX));
+  const struct {
+    const char* call;
+    char* made;
+  } kNone[] = {
+      {"CreateStr(null)", CreateStr(kNullText)},
+      {"CreateStr(null, 5)", CreateStr(kNullText, 5)},
+      {"ConcatStr(null, text)", ConcatStr(kNullText, u)},
+      {"ConcatStr(text, null)", ConcatStr(u, kNullText)},
+      {"CreateStr(ULONG_MAX)", CreateStr(ULONG_MAX)},  // n + 1 wraps to 0
+      {"CreateStr(text, ULONG_MAX)", CreateStr(u, ULONG_MAX)},
+  };
+  for (const auto& row : kNone) EXPECT_EQ(row.made, nullptr) << row.call;
   EXPECT_THROW(static_cast<void>(CreateStr(4294967294UL)),
                Pelgc::ObjectTooLargeError);
-  EXPECT_THROW(static_cast<void>(CreateStr(unreadable.get(), 4294967294UL)),
+  EXPECT_THROW(static_cast<void>(CreateStr(u, 4294967294UL)),
                Pelgc::ObjectTooLargeError);
   EXPECT_EQ(Pelgc::GetHeapStats().requests, requests);
   // The largest count that is passed on; the heap's null comes back.

@@ -30,12 +30,20 @@ struct Seen {
   bool operator==(const Seen& o) const {
     return text == o.text && bytes == o.bytes && capacity == o.capacity;
   }
+  friend void PrintTo(const Seen& seen, std::ostream* out) {
+    *out << (seen.text ? testing::PrintToString(seen.bytes) : "none") << "/"
+         << seen.capacity;
+  }
 };
 
 Seen Look(const S& s) {
-  EXPECT_TRUE(s.Text() ? s.Length() >= 0 && s.Length() < s.Capacity() &&
-                             s.Text()[s.Length()] == '\0'
-                       : s.Length() == 0 && s.Capacity() == 0);
+  if (s.Text() == nullptr) {
+    EXPECT_EQ(std::make_pair(s.Length(), s.Capacity()), std::make_pair(0, 0));
+  } else {
+    EXPECT_GE(s.Length(), 0);
+    EXPECT_LT(s.Length(), s.Capacity());
+    EXPECT_EQ(s.Text()[s.Length()], '\0') << s.Length();
+  }
   return {s.Text() != nullptr, vesk_test::Bytes(s), s.Capacity()};
 }
 
@@ -103,7 +111,7 @@ Seen RunOp(const Op& op, In in, Fault& run, Seen* before,
   }
   Pelgc::ClearHeapFault();
   run.requests += Pelgc::GetHeapStats().requests - requests;
-  EXPECT_TRUE(Look(source) == was);
+  EXPECT_EQ(Look(source), was);
   return op.kind == kMade ? made : Look(s);
 }
 
@@ -198,17 +206,22 @@ bool IsSubsequence(const std::string& part, const std::string& whole) {
 void ExpectFailureLeft(const Case& c, const Fault& run, const Seen& before,
                        const Seen& after, const std::vector<Seen>& outputs) {
   if (c.after == kWhole) {
-    EXPECT_TRUE(!after.text || after == outputs[0]);
+    if (after.text) {
+      EXPECT_EQ(after, outputs[0]);
+    }
   } else if (c.after != kDropped) {
-    EXPECT_TRUE(after ==
-                (c.after == kZeroed && run.k >= c.untouched ? Seen{} : before));
+    EXPECT_EQ(after,
+              c.after == kZeroed && run.k >= c.untouched ? Seen{} : before);
   } else {
     ASSERT_EQ(after.bytes.rfind(before.bytes, 0), 0u) << after.bytes;
     const auto fits = [&](const Seen& out) {  // `out` begins with `before`
       return run.threw ? out.bytes.rfind(after.bytes, 0) == 0  // a prefix
                        : IsSubsequence(after.bytes, out.bytes);
     };
-    EXPECT_TRUE(fits(outputs[0]) || fits(outputs[1])) << after.bytes;
+    EXPECT_TRUE(fits(outputs[0]) || fits(outputs[1]))
+        << testing::PrintToString(after) << " fits neither "
+        << testing::PrintToString(outputs[0]) << " nor "
+        << testing::PrintToString(outputs[1]);
   }
 }
 
