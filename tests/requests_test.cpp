@@ -1,5 +1,6 @@
 // The heap requests and releases of every allocating operation, in order,
 // as the default host's observers see them, with the text each leaves.
+#include <cstring>
 #include <string>
 
 #include "host/object_model.h"
@@ -20,7 +21,8 @@ void OnRequest(unsigned long size, Pelgc::FixedMallocOpts opts) {
 }
 
 void OnRelease(const void* block) {
-  g_log += " -" + std::string(static_cast<const char*>(block)).substr(0, 12);
+  const auto* text = static_cast<const char*>(block);
+  g_log += " -" + std::string(text, strnlen(text, 12));
 }
 
 // The operation `op` with `arg` on `s`: the string's text or the heap text
