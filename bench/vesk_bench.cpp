@@ -461,6 +461,41 @@ const std::vector<SearchCase>& SearchCases() {
   return cases;
 }
 
+// The default host's conversion to the code page: 1 MiB of characters
+// the page lacks, each of which becomes '?', beside 1 MiB of characters it
+// holds. Not a peer: the same call on other text, so that the ratio says
+// how much slower a character the page lacks is.
+void AddConversions() {
+  struct Case {
+    const char* page;
+    const char* lacking;
+    const char* held;
+  };
+  static const Case kCases[] = {{"windows-1252", "\u3042", "\u00e9"},
+                                {"shift_jis", "\u00e9", "\u3042"}};
+  for (const Case& c : kCases) {
+    const auto convert = [page = c.page](const char* character) {
+      std::string text;
+      while (text.size() + std::strlen(character) <= (1u << 20)) {
+        text += character;
+      }
+      return [page, text](State& state) {
+        SetHostCodePage(page);
+        for (auto _ : state) {
+          char* converted = CreateMBCSFromUTF8(text.c_str(), true);
+          DoNotOptimize(converted);
+          Pelgc::SystemDelete(converted);
+        }
+        SetHostCodePage(HostCodePageAt(0)->name);
+      };
+    };
+    const std::string name =
+        std::string("CreateMBCSFromUTF8/") + c.page + "_1MiB/";
+    Add(name + "vesk", convert(c.lacking), 1 << 20);
+    Add(name + "held_characters", convert(c.held), 1 << 20);
+  }
+}
+
 void AddSearches() {
   for (const SearchCase& c : SearchCases()) {
     const char* hay = c.haystack.c_str();
@@ -557,6 +592,7 @@ int main(int argc, char** argv) {
   AddNumberText();
   AddEncoders();
   AddSearches();
+  AddConversions();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <unordered_map>
+#include <vector>
 
 #include "memory_manager.h"
 #include "text_services.h"
@@ -16,8 +18,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
 namespace {
 
 struct CodePage {
-  const char* name;       // the host's name for it
-  const char* iconvName;  // the C library's name for it
+  HostCodePageNames names;  // the host's and a user's
+  const char* iconvName;    // the C library's name for it
   bool utf8;
   // The byte count of the character that each byte value begins. The
   // encoders ask for it byte after byte, so it is one load, not a test of
@@ -27,10 +29,10 @@ struct CodePage {
 
 // A page whose two-byte characters begin with a byte in [first1, last1] or
 // [first2, last2] (an empty range when first > last).
-constexpr CodePage DoubleBytePage(const char* name, const char* iconvName,
-                                  int first1, int last1, int first2,
-                                  int last2) {
-  CodePage page{name, iconvName, false, {}};
+constexpr CodePage DoubleBytePage(HostCodePageNames names,
+                                  const char* iconvName, int first1, int last1,
+                                  int first2, int last2) {
+  CodePage page{names, iconvName, false, {}};
   for (int lead = 0; lead < 256; ++lead) {
     const bool leads =
         (lead >= first1 && lead <= last1) || (lead >= first2 && lead <= last2);
@@ -40,7 +42,7 @@ constexpr CodePage DoubleBytePage(const char* name, const char* iconvName,
 }
 
 constexpr CodePage Utf8Page() {
-  CodePage page{"utf-8", "UTF-8", true, {}};
+  CodePage page{{"utf-8", "utf8"}, "UTF-8", true, {}};
   for (int lead = 0; lead < 256; ++lead) {
     page.width[lead] = static_cast<unsigned char>(
         vesk_host::Utf8LeadWidth(static_cast<unsigned char>(lead)));
@@ -49,24 +51,45 @@ constexpr CodePage Utf8Page() {
 }
 
 constexpr CodePage kCodePages[] = {
-    DoubleBytePage("windows-1252", "CP1252", 1, 0, 1, 0),
-    DoubleBytePage("shift_jis", "CP932", 0x81, 0x9F, 0xE0, 0xFC),
-    DoubleBytePage("gbk", "CP936", 0x81, 0xFE, 1, 0),
-    DoubleBytePage("big5", "CP950", 0x81, 0xFE, 1, 0),
-    DoubleBytePage("euc-kr", "CP949", 0x81, 0xFE, 1, 0),
+    DoubleBytePage({"windows-1252", "cp1252"}, "CP1252", 1, 0, 1, 0),
+    DoubleBytePage({"shift_jis", "sjis cp932"}, "CP932", 0x81, 0x9F, 0xE0,
+                   0xFC),
+    DoubleBytePage({"gbk", "cp936"}, "CP936", 0x81, 0xFE, 1, 0),
+    DoubleBytePage({"big5", "cp950"}, "CP950", 0x81, 0xFE, 1, 0),
+    DoubleBytePage({"euc-kr", "cp949"}, "CP949", 0x81, 0xFE, 1, 0),
     Utf8Page(),
 };
 
 std::atomic<const CodePage*> g_codePage{&kCodePages[0]};
 std::atomic<void (*)(unsigned char)> g_widthObserver{nullptr};
 
+// What a code page makes of one character: kUnknown till the converter
+// has been asked, kLacking, or its bytes: one byte b as kSingle | b, two
+// as lead << 8 | trail (every lead byte is 0x81 or above, and no page here
+// takes more than two bytes for a character).
+using PageChar = unsigned short;
+constexpr PageChar kUnknown = 0;
+constexpr PageChar kLacking = 1;
+constexpr PageChar kSingle = 0x100;
+
 // One pair of converters per thread for the current code page, opened on
-// first use: opening one costs far more than a short conversion.
+// first use: opening one costs far more than a short conversion. With
+// them, what the page makes of each character met so far: a converter
+// stopped by a character the page lacks restarts slowly, at the cost of
+// converting thousands of characters, so each character is put to it
+// once, alone, and then looked up.
 class Converters {
  public:
   ~Converters() { Close(); }
   iconv_t ToPage(const CodePage* page) { return Get(page).first; }
   iconv_t FromPage(const CodePage* page) { return Get(page).second; }
+
+  // The entry of `code` for the page last asked for.
+  PageChar& Known(char32_t code) {
+    if (code >= 0x10000) return m_beyondBmp[code];
+    if (m_bmp.empty()) m_bmp.assign(0x10000, kUnknown);
+    return m_bmp[code];
+  }
 
  private:
   std::pair<iconv_t, iconv_t> Get(const CodePage* page) {
@@ -85,15 +108,37 @@ class Converters {
     if (m_fromPage != kNone) iconv_close(m_fromPage);
     m_toPage = m_fromPage = kNone;
     m_page = nullptr;
+    m_bmp.clear();
+    m_beyondBmp.clear();
   }
 
   static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
   const CodePage* m_page = nullptr;
   iconv_t m_toPage = kNone;
   iconv_t m_fromPage = kNone;
+  std::vector<PageChar> m_bmp;  // by code point below U+10000
+  std::unordered_map<char32_t, PageChar> m_beyondBmp;
 };
 
 thread_local Converters t_converters;
+
+// Asks the converter what the page makes of the one character at `utf8`;
+// kUnknown when the converter fails otherwise than for want of the
+// character (one that could not be opened).
+PageChar AskConverter(iconv_t cd, const char* utf8, std::size_t width) {
+  char* in = const_cast<char*>(utf8);
+  char bytes[2];
+  char* out = bytes;
+  std::size_t inLeft = width;
+  std::size_t outLeft = sizeof bytes;
+  if (iconv(cd, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1)) {
+    return errno == EILSEQ ? kLacking : kUnknown;
+  }
+  const auto lead = static_cast<unsigned char>(bytes[0]);
+  const auto trail = static_cast<unsigned char>(bytes[1]);
+  return static_cast<PageChar>(out - bytes == 1 ? kSingle | lead
+                                                : lead << 8 | trail);
+}
 
 // Converts valid UTF-8 into `out`, which has room for `length` bytes (no
 // supported page needs more bytes for a character than UTF-8 does).
@@ -101,23 +146,26 @@ thread_local Converters t_converters;
 std::size_t ConvertToPage(const CodePage* page, const char* utf8,
                           std::size_t length, char* out) {
   iconv_t cd = t_converters.ToPage(page);
-  char* in = const_cast<char*>(utf8);
+  const auto* p = reinterpret_cast<const unsigned char*>(utf8);
+  const unsigned char* const end = p + length;
   char* const start = out;
-  std::size_t inLeft = length;
-  std::size_t outLeft = length;
-  while (inLeft > 0) {
-    if (iconv(cd, &in, &inLeft, &out, &outLeft) != static_cast<size_t>(-1) ||
-        errno != EILSEQ) {
-      break;  // done, or a converter that could not be opened
-    }
-    // Only an unrepresentable character can stop valid input here.
+  while (p < end) {
     char32_t code;
-    const auto* p = reinterpret_cast<const unsigned char*>(in);
-    const std::size_t width = vesk_host::DecodeUtf8(p, p + inLeft, &code);
-    *out++ = '?';
-    --outLeft;
-    in += width;
-    inLeft -= width;
+    const std::size_t width = vesk_host::DecodeUtf8(p, end, &code);
+    PageChar& known = t_converters.Known(code);
+    if (known == kUnknown) {
+      known = AskConverter(cd, reinterpret_cast<const char*>(p), width);
+      if (known == kUnknown) break;
+    }
+    if (known == kLacking) {
+      *out++ = '?';
+    } else if (known < 2 * kSingle) {
+      *out++ = static_cast<char>(known & 0xFF);
+    } else {
+      *out++ = static_cast<char>(known >> 8);
+      *out++ = static_cast<char>(known & 0xFF);
+    }
+    p += width;
   }
   return static_cast<std::size_t>(out - start);
 }
@@ -127,7 +175,7 @@ std::size_t ConvertToPage(const CodePage* page, const char* utf8,
 bool SetHostCodePage(const char* name) {
   if (name == nullptr) return false;
   for (const CodePage& page : kCodePages) {
-    if (std::strcmp(page.name, name) == 0) {
+    if (std::strcmp(page.names.name, name) == 0) {
       g_codePage.store(&page);
       return true;
     }
@@ -135,7 +183,12 @@ bool SetHostCodePage(const char* name) {
   return false;
 }
 
-const char* HostCodePage() { return g_codePage.load()->name; }
+const char* HostCodePage() { return g_codePage.load()->names.name; }
+
+const HostCodePageNames* HostCodePageAt(int index) {
+  const int count = sizeof kCodePages / sizeof kCodePages[0];
+  return index >= 0 && index < count ? &kCodePages[index].names : nullptr;
+}
 
 char* CreateMBCSFromUTF8(const char* utf8, bool /*terminate*/) {
   if (utf8 == nullptr) return nullptr;

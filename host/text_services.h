@@ -21,6 +21,16 @@ char* ConvertDoubleToString(double value);
 bool SetHostCodePage(const char* name);
 const char* HostCodePage();
 
+// A code page by the host's name for it and the other names a user may
+// know it by, space-separated.
+struct HostCodePageNames {
+  const char* name;
+  const char* aliases;
+};
+// The names of the index-th code page that SetHostCodePage takes, the
+// default first; null past the last.
+const HostCodePageNames* HostCodePageAt(int index);
+
 // The first content version whose texts are UTF-8; texts of earlier
 // versions are in the host code page already.
 constexpr int kFirstUtf8Version = 6;

@@ -10,7 +10,7 @@ scripts/setup.sh
 scripts/install-bench-deps.sh
 cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release \
   -DVESK_HEAP_CHECKS=OFF -DVESK_BUILD_TESTS=OFF >/dev/null
-cmake --build build/bench --target vesk_bench
+cmake --build build/bench --target vesk_bench vesktext
 bench=build/bench/bench/vesk_bench
 
 if [ "${1:-}" = "--smoke" ]; then
@@ -39,5 +39,8 @@ for group in $groups; do
     --benchmark_out_format=json >/dev/null
   echo "ran $group"
 done
-python3 bench/report.py docs/PERFORMANCE.md $repetitions "$results"/*.json
+bench/line_lengths.sh build/bench/tools/vesktext >"$results/line_lengths.md"
+echo "ran vesktext on long and short lines"
+python3 bench/report.py docs/PERFORMANCE.md $repetitions "$results"/*.json \
+  "$results/line_lengths.md"
 echo "wrote docs/PERFORMANCE.md"

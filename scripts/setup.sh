@@ -12,9 +12,9 @@ example_packages=(cmake ninja-build g++)
 # The tests besides: clang with its sanitizer and libFuzzer runtimes
 # (libclang-rt-14-dev) and its symbolizer (llvm-14), which puts function
 # names and lines in sanitizer and fuzzer reports; GoogleTest; pkg-config
-# for the package test; valgrind.
+# for the package test; valgrind; Python for the tool's piece test.
 test_packages=(clang libclang-rt-14-dev llvm-14 libgtest-dev pkg-config
-  valgrind)
+  valgrind python3)
 case ${1:-} in
   --example) packages=("${example_packages[@]}") ;;
   '') packages=("${example_packages[@]}" "${test_packages[@]}") ;;

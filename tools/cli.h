@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "host/text_services.h"
+
 class VeskString;
 
 namespace vesktext {
@@ -26,11 +28,6 @@ class RunError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-struct Option {
-  const char* name;  // with its "--"
-  bool takesValue;
-};
-
 // A command line after the command name, options taken apart.
 struct Invocation {
   std::map<std::string, std::string> options;  // given ones; "" for flags
@@ -38,45 +35,32 @@ struct Invocation {
   bool help = false;
 
   bool Has(const char* name) const { return options.count(name) != 0; }
-  // The value of an int option, or `fallback` when it was not given.
-  int IntOption(const char* name, int fallback) const;
 };
 
 struct Command {
   const char* name;
-  const char* synopsis;  // what follows "vesktext [--codepage NAME] "
+  const char* synopsis;  // after "vesktext [--codepage NAME] ", wrapped
   const char* summary;   // its line in the tool's help
   std::string details;   // the rest of its help
-  std::vector<Option> options;
   int (*run)(const Invocation& invocation);  // returns the exit status
 };
 
-// Options may come anywhere before a "--"; "--name=value" and "--name value"
-// both give a value. --help (-h) and --codepage are every command's.
+// Options, those of the command's synopsis, may come anywhere before a
+// "--"; "--name=value" and "--name value" both give a value. --help (-h)
+// and --codepage are every command's.
 Invocation Parse(const Command& command, const std::vector<std::string>& args);
-
-// A host code page by the host's name and the others it goes by.
-struct CodePageNames {
-  const char* host;
-  std::vector<const char*> aliases;
-};
-const std::vector<CodePageNames>& CodePages();
 
 // Sets the host code page, named in either case by any of its names; an
 // unknown name is a usage error.
 void SetCodePage(const std::string& name);
 
-// Content of version 6 and above is UTF-8: the default for text typed today.
-constexpr int kDefaultContentVersion = 6;
-// The --content-version given, or the default; a negative one is a usage
-// error.
+// Content is UTF-8 from kFirstUtf8Version on, the default for text typed
+// today; kBeforeUtf8 is a version whose content is taken as it is.
+constexpr int kDefaultContentVersion = kFirstUtf8Version;
+constexpr int kBeforeUtf8 = kFirstUtf8Version - 1;
+// The --content-version given, or the default; one that is not an int of
+// 0 or more is a usage error.
 int ContentVersion(const Invocation& invocation);
-
-// Reads a whole decimal int, '-' allowed; false for anything else.
-bool ParseInt(const std::string& text, int* value);
-
-// Lines are handed to the commands in pieces of about this many bytes.
-constexpr std::size_t kPieceSize = std::size_t{1} << 18;
 
 // Bytes of one line, or of one TEXT operand, handed to a command.
 struct LinePiece {
@@ -96,23 +80,25 @@ using PieceFeed = std::function<std::size_t(const LinePiece& piece)>;
 // "line 3 of standard input" or "TEXT 2".
 std::string Where(const LinePiece& piece);
 
+// What the heap failure being handled means to a user ("no memory left
+// for the result"), or null for any other exception.
+const char* HeapFailure();
+
 // Feeds every operand, whole, or when there is none every line of standard
 // input, its '\n' taken off and its other bytes as they are, in pieces of
-// about kPieceSize bytes. A line holding a NUL byte is a run error naming
-// its place: no C text goes past one. Tells a terminal that lines are read.
+// bounded size. A line holding a NUL byte is a run error naming its place:
+// no C text goes past one. Tells a terminal that lines are read.
 void ForEachLine(const std::vector<std::string>& operands,
                  const PieceFeed& feed);
 
 // Writes `n` bytes to standard output, and the '\n' that ends a line.
 void Write(const char* bytes, std::size_t n);
 void EndLine(bool lineEnd);
-// Writes `n` bytes and a '\n'.
-void PrintLine(const char* bytes, std::size_t n);
 // The string's bytes up to Length(); a zeroed string prints an empty line.
 void PrintLine(const VeskString& text);
-// Writes a heap text from the module and releases it. Null is nothing for
-// an empty source; otherwise the heap gave no block.
-void WriteHeapText(char* text, bool sourceEmpty);
+
+// The lines of the format command's help that list its directives.
+std::string DirectiveHelp();
 
 // The commands, one per module operation.
 int RunForm(const Invocation& invocation);

@@ -2,106 +2,50 @@
 // the module in pieces, each piece encoded on its own and written out at
 // once, so memory stays bounded. A piece is cut only where the module's
 // output for the whole line is the output for the part before the cut
-// followed by that for the part after it. The module reads every byte at
-// one place in these walks, by itself or with the bytes of its character,
-// so such a cut is one where no character spans it:
-// - form encoding (form, high) reads bytes one at a time; only a
-//   conversion to the code page reads them as UTF-8 characters;
-// - the escaped copies (escape, upper128, url) walk by the characters of
-//   the code page, as the host's width rule measures them.
-// A cut after a byte below 0x40 serves both where it is a character of
-// its own: no code page the host offers begins a longer one with it, and
-// in UTF-8 it is ASCII. Where a long stretch holds no such byte, each
-// rule below finds another place.
-#include <algorithm>
+// followed by that for the part after it: where no character spans it.
+// Form encoding (form, high) reads bytes one at a time, but a conversion
+// to the code page reads UTF-8 characters as the host does; the escaped
+// copies (escape, upper128, url) walk by the host's width rule.
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
 
 #include "cli.h"
 #include "core/veskstring.h"
-#include "host/text_services.h"
+#include "host/memory_manager.h"
 #include "host/utf.h"
 
 namespace vesktext {
 
 namespace {
 
-// Below 6 the module takes content as it is, never converting it.
-constexpr int kBeforeUtf8 = 5;
-
-unsigned char Byte(const char* text, std::size_t i) {
-  return static_cast<unsigned char>(text[i]);
-}
-
-// After the last byte below 0x40 of [text, text + n) at which `closes`
-// holds, or 0 for none.
-template <class Closes>
-std::size_t AfterLowByte(const char* text, std::size_t n, Closes closes) {
-  for (std::size_t i = n; i-- > 0;) {
-    if (Byte(text, i) < 0x40 && closes(i)) return i + 1;
-  }
-  return 0;
-}
-
-// For form encoding without conversion every byte is encoded alone, and
-// the fallback, the whole piece, is as good a cut as any.
-std::size_t ByteCut(const char* text, std::size_t n) {
-  const std::size_t cut =
-      AfterLowByte(text, n, [](std::size_t) { return true; });
-  return cut != 0 ? cut : n;
-}
-
-// With conversion the host reads a text as UTF-8, where a byte below 0x40
-// is a character of its own. Otherwise the cut goes before the last byte
-// that is not a continuation byte (0x80 to 0xBF): the host's reading of a
-// character stops at such a byte, so none spans it. A piece whose bytes
-// after the first are all continuation bytes, if more than the three a
-// character has, shows that the line is not UTF-8: it goes unconverted,
-// and any cut serves. A piece too short to show it waits for more.
+// Before the last character of the piece that the host reads as UTF-8:
+// whether that one is whole is known only with the bytes after it. 0 for
+// a piece of one character, to wait for more.
 std::size_t Utf8Cut(const char* text, std::size_t n) {
-  std::size_t cut = AfterLowByte(text, n, [](std::size_t) { return true; });
-  for (std::size_t i = n - 1; cut == 0 && i > 0 && i < n; --i) {
-    if ((Byte(text, i) & 0xC0) != 0x80) cut = i;
+  const auto* begin = reinterpret_cast<const unsigned char*>(text);
+  std::size_t cut = 0;
+  for (std::size_t at = 0; at < n;) {
+    char32_t code;
+    const std::size_t width =
+        vesk_host::DecodeUtf8(begin + at, begin + n, &code);
+    cut = at;
+    at += width;
   }
-  return cut != 0 ? cut : n > 4 ? n : 0;
+  return cut;
 }
 
-// The host's width rule: the bytes each byte value's character takes.
-struct Widths {
-  Widths() {
-    for (int lead = 0; lead < 256; ++lead) {
-      const auto width = static_cast<unsigned>(
-          PlayerBytesInChar(static_cast<unsigned char>(lead)));
-      of[lead] = width >= 2 ? width : 1;
-      widest = std::max<std::size_t>(widest, of[lead]);
-    }
-  }
-  unsigned of[256];
-  std::size_t widest = 1;
-};
-
-// The escaped copies take the width-1 bytes after a character's first as
-// its own, whatever they are: a byte below 0x40, never a first byte of a
-// longer character, may still be taken so (in UTF-8, 0xF0 takes the three
-// bytes after it). It is a character of its own when no byte in the
-// widest-1 before it begins a character that reaches it: the piece starts
-// with a character, so one of them would. The fallback walks the piece by
-// characters, as the module does, to the end of the last whole one.
-std::size_t CharacterCut(const Widths& widths, const char* text,
+// The end of the last whole character of the piece, walking it as the
+// module does by the host's width rule; the piece begins with a character.
+std::size_t CharacterCut(const unsigned (&widths)[256], const char* text,
                          std::size_t n) {
-  const std::size_t cut = AfterLowByte(text, n, [&](std::size_t i) {
-    const std::size_t from = i >= widths.widest ? i + 1 - widths.widest : 0;
-    for (std::size_t j = from; j < i; ++j) {
-      if (j + widths.of[Byte(text, j)] > i) return false;
-    }
-    return true;
-  });
-  if (cut != 0) return cut;
   std::size_t end = 0;
-  while (end < n && end + widths.of[Byte(text, end)] <= n) {
-    end += widths.of[Byte(text, end)];
+  while (end < n) {
+    const unsigned width = widths[static_cast<unsigned char>(text[end])];
+    if (end + (width > 1 ? width : 1) > n) break;
+    end += width > 1 ? width : 1;
   }
   return end;
 }
@@ -134,9 +78,9 @@ class FormEncoder {
         m_converts(version > kBeforeUtf8 && convert) {}
 
   std::size_t Feed(const LinePiece& piece) {
-    const std::size_t cut = piece.lineEnd ? piece.size
-                            : m_converts  ? Utf8Cut(piece.text, piece.size)
-                                          : ByteCut(piece.text, piece.size);
+    const std::size_t cut = piece.lineEnd || !m_converts
+                                ? piece.size
+                                : Utf8Cut(piece.text, piece.size);
     return WriteFront(piece, cut, [&](const char* text, std::size_t n) {
       if (!m_converts) return Encode(text, n, false);
       if (m_line == Line::kUndecided && !Decide(text, n, piece.lineEnd)) {
@@ -169,7 +113,7 @@ class FormEncoder {
 
   static bool IsAscii(const char* text, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-      if (Byte(text, i) >= 0x80) return false;
+      if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
     }
     return true;
   }
@@ -223,28 +167,35 @@ class FormEncoder {
     Write(m_out->Text(), static_cast<std::size_t>(m_out->Length()));
   }
 
-  struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-
   const int m_version;
   const bool m_plusForSpace, m_high, m_converts;
   Line m_line = Line::kUndecided;
-  std::unique_ptr<std::FILE, Closer> m_held;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_held{nullptr, std::fclose};
   std::unique_ptr<VeskString> m_out;
 };
 
-// Writes, for each line, the heap texts `create` makes of its pieces.
-int PrintEscapedCopies(const Invocation& invocation,
-                       char* (*create)(const VeskString& text)) {
-  const Widths widths;
+// Writes, for each line, the heap texts `create` makes of its pieces, and
+// releases them. Null is nothing for an empty piece; otherwise the heap
+// gave no block.
+template <class Create>
+int PrintEscapedCopies(const Invocation& invocation, Create create) {
+  unsigned widths[256];
+  for (int lead = 0; lead < 256; ++lead) {
+    widths[lead] = static_cast<unsigned>(
+        PlayerBytesInChar(static_cast<unsigned char>(lead)));
+  }
   ForEachLine(invocation.operands, [&](const LinePiece& piece) {
     const std::size_t cut = piece.lineEnd
                                 ? piece.size
                                 : CharacterCut(widths, piece.text, piece.size);
-    return WriteFront(piece, cut, [create](const char* text, std::size_t n) {
-      const VeskString source(text);
-      WriteHeapText(create(source), n == 0);
+    return WriteFront(piece, cut, [&create](const char* text, std::size_t n) {
+      char* copy = create(VeskString(text));
+      if (copy == nullptr) {
+        if (n != 0) throw std::bad_alloc();
+        return;
+      }
+      Write(copy, std::strlen(copy));
+      Pelgc::SystemDelete(copy);
     });
   });
   return 0;
@@ -272,13 +223,9 @@ int RunHigh(const Invocation& invocation) {
 }
 
 int RunEscape(const Invocation& invocation) {
-  if (invocation.Has("--strict")) {
-    return PrintEscapedCopies(invocation, [](const VeskString& text) {
-      return text.CreateEscapedCStr(true);
-    });
-  }
-  return PrintEscapedCopies(invocation, [](const VeskString& text) {
-    return text.CreateEscapedCStr(false);
+  const bool strict = invocation.Has("--strict");
+  return PrintEscapedCopies(invocation, [strict](const VeskString& text) {
+    return text.CreateEscapedCStr(strict);
   });
 }
 

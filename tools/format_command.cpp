@@ -5,8 +5,10 @@
 // per call, with the text before it, and a value of the type it reads.
 // Appending piece by piece gives what one call with all values would.
 #include <charconv>
-#include <cstring>
+#include <cstdio>
+#include <iterator>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "cli.h"
@@ -16,30 +18,33 @@ namespace vesktext {
 
 namespace {
 
-// The directives that read an argument.
-bool TakesArgument(char directive) {
-  return directive != '\0' && std::strchr("dxcb2s3fp", directive) != nullptr;
-}
+// The directives that read an argument, with the kind of value each reads
+// and what it makes of it.
+struct Directive {
+  char letter;
+  const char* kind;  // INT, TEXT, NUMBER or HEX
+  const char* meaning;
+};
+constexpr Directive kDirectives[] = {
+    {'d', "INT", "decimal"},        {'x', "INT", "hex, sign-extended"},
+    {'c', "INT", "its low byte"},   {'b', "INT", "'t' if not 0, or 'f'"},
+    {'2', "INT", "0-padded to 2"},  {'s', "TEXT", "the text"},
+    {'3', "TEXT", "first 3 bytes"}, {'f', "NUMBER", "shortest exact text"},
+    {'p', "HEX", "\"0x\" and hex"},
+};
 
-const char* KindOf(char directive) {
-  switch (directive) {
-    case 's': return "s:TEXT";
-    case '3': return "3:TEXT";
-    case 'f': return "f:NUMBER";
-    case 'p': return "p:HEX";
-    case 'd': return "d:INT";
-    case 'x': return "x:INT";
-    case 'c': return "c:INT";
-    case 'b': return "b:INT";
-    default: return "2:INT";
+const Directive* FindDirective(char letter) {
+  for (const Directive& directive : kDirectives) {
+    if (directive.letter == letter) return &directive;
   }
+  return nullptr;
 }
 
 // One directive and what goes with it: the format text since the previous
 // one, the directive last.
 struct Piece {
   std::string format;
-  char directive;
+  const Directive* directive;
   int index;        // 1-based, among the directives that read an argument
   std::string arg;  // the whole ARG
 };
@@ -56,44 +61,36 @@ Number ParseNumber(const Piece& piece, const char* problem, int base = 10) {
   const char* end = begin + value.size();
   if (base == 16 && value.compare(0, 2, "0x") == 0) begin += 2;
   Number number{};
-  const auto result = std::from_chars(begin, end, number, base);
+  std::from_chars_result result{};
+  if constexpr (std::is_floating_point_v<Number>) {
+    result = std::from_chars(begin, end, number);  // "inf" and "nan" too
+  } else {
+    result = std::from_chars(begin, end, number, base);
+  }
   if (begin == end || result.ec != std::errc() || result.ptr != end) {
     throw BadValue(piece, problem);
   }
   return number;
 }
 
-double ParseDouble(const Piece& piece) {
-  const std::string value = piece.arg.substr(2);
-  const char* end = value.data() + value.size();
-  double number = 0;
-  const auto result = std::from_chars(value.data(), end, number);
-  if (value.empty() || result.ec != std::errc() || result.ptr != end) {
-    throw BadValue(piece, "is not a number");
-  }
-  return number;
-}
-
 void Append(VeskString& out, const Piece& piece) {
   const char* format = piece.format.c_str();
-  switch (piece.directive) {
-    case 's': out.AppendFormat(format, piece.arg.c_str() + 2); break;
-    case '3':
-      // %3 reads three bytes whatever the text: a shorter one is refused.
-      if (piece.arg.size() < 5) throw BadValue(piece, "is under three bytes");
-      out.AppendFormat(format, piece.arg.c_str() + 2);
-      break;
-    case 'f': out.AppendFormat(format, ParseDouble(piece)); break;
-    case 'p': {
-      const auto address =
-          ParseNumber<unsigned long>(piece, "is not a hex address", 16);
-      out.AppendFormat(format, reinterpret_cast<void*>(address));
-      break;
+  const std::string kind = piece.directive->kind;
+  if (kind == "TEXT") {
+    // %3 reads three bytes whatever the text: a shorter one is refused.
+    if (piece.directive->letter == '3' && piece.arg.size() < 5) {
+      throw BadValue(piece, "is under three bytes");
     }
-    default:
-      out.AppendFormat(format,
-                       ParseNumber<int>(piece, "is not a 32-bit decimal int"));
-      break;
+    out.AppendFormat(format, piece.arg.c_str() + 2);
+  } else if (kind == "NUMBER") {
+    out.AppendFormat(format, ParseNumber<double>(piece, "is not a number"));
+  } else if (kind == "HEX") {
+    const auto address =
+        ParseNumber<unsigned long>(piece, "is not a hex address", 16);
+    out.AppendFormat(format, reinterpret_cast<void*>(address));
+  } else {
+    out.AppendFormat(format,
+                     ParseNumber<int>(piece, "is not a 32-bit decimal int"));
   }
 }
 
@@ -107,18 +104,19 @@ std::vector<Piece> Pair(const std::string& format,
   for (std::size_t i = 0; i < format.size(); ++i) {
     text += format[i];
     if (format[i] != '%' || i + 1 == format.size()) continue;
-    const char directive = format[++i];
-    text += directive;
-    if (!TakesArgument(directive)) continue;  // "%%" and the like
+    const char letter = format[++i];
+    text += letter;
+    const Directive* directive = FindDirective(letter);
+    if (directive == nullptr) continue;  // "%%" and the like
     const int index = static_cast<int>(pieces.size()) + 1;
     const std::string name = std::string("directive ") + std::to_string(index) +
-                             " (%" + directive + ")";
+                             " (%" + letter + ")";
     if (pieces.size() == args.size()) throw UsageError(name + " has no ARG");
     const std::string& arg = args[pieces.size()];
-    if (arg.size() < 2 || arg[0] != directive || arg[1] != ':') {
+    if (arg.size() < 2 || arg[0] != letter || arg[1] != ':') {
       throw UsageError("argument " + std::to_string(index) + " '" + arg +
-                       "' does not fit " + name + ", which takes " +
-                       KindOf(directive));
+                       "' does not fit " + name + ", which takes " + letter +
+                       ":" + directive->kind);
     }
     pieces.push_back({text, directive, index, arg});
     text.clear();
@@ -132,6 +130,19 @@ std::vector<Piece> Pair(const std::string& format,
 }
 
 }  // namespace
+
+std::string DirectiveHelp() {
+  std::string help;
+  char entry[48];
+  for (std::size_t i = 0; i < std::size(kDirectives); ++i) {
+    const Directive& d = kDirectives[i];
+    std::snprintf(entry, sizeof entry,
+                  i % 2 == 0 ? "  %%%c  %c:%-7s %-16s" : "  %%%c  %c:%-7s %s\n",
+                  d.letter, d.letter, d.kind, d.meaning);
+    help += entry;
+  }
+  return help + "  %%            '%'\n";  // after the last, on its left
+}
 
 int RunFormat(const Invocation& invocation) {
   const std::vector<std::string>& operands = invocation.operands;

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -16,10 +17,6 @@
 namespace vesktext {
 
 namespace {
-
-// What the heap's too-large report and its abort both mean to a user.
-constexpr char kResultTooLarge[] =
-    ": its result would be over 2 GiB, more than a string holds";
 
 // Hands a piece to `feed`, with a NUL after it for the module, and returns
 // how many bytes it took. A NUL among them would end the text there for
@@ -39,12 +36,10 @@ std::size_t Deliver(const PieceFeed& feed, LinePiece piece) {
   std::size_t taken = 0;
   try {
     taken = feed(piece);
-  } catch (const std::bad_alloc&) {
-    throw RunError(Where(piece) + ": no memory left for its result");
-  } catch (const Pelgc::ObjectTooLargeError&) {
-    throw RunError(Where(piece) + kResultTooLarge);
-  } catch (const Pelgc::HeapAbortError&) {
-    throw RunError(Where(piece) + kResultTooLarge);
+  } catch (const std::exception&) {
+    const char* heap = HeapFailure();
+    if (heap == nullptr) throw;
+    throw RunError(Where(piece) + ": " + heap);
   }
   piece.text[piece.size] = after;
   return taken;
@@ -59,8 +54,18 @@ std::size_t ReadInput(char* to, std::size_t n) {
   }
 }
 
+// Lines are handed over in pieces of about 256 KiB. VESKTEXT_PIECE_SIZE
+// sets another size, so that the tests can cross many piece boundaries
+// with short inputs.
+std::size_t PieceSize() {
+  const char* set = std::getenv("VESKTEXT_PIECE_SIZE");
+  const unsigned long size =
+      set != nullptr ? std::strtoul(set, nullptr, 10) : 0;
+  return size > 0 ? size : std::size_t{1} << 18;
+}
+
 // Standard input in lines. Whole lines that are in the buffer go at once;
-// of a longer line, a piece goes once kPieceSize bytes of it are in, and
+// of a longer line, a piece goes once m_pieceSize bytes of it are in, and
 // the feed takes what it can of it, up to a place where a cut leaves its
 // output unchanged. What it leaves stays in front and the next piece
 // holds it and as much again, so the buffer stays a few pieces large.
@@ -69,7 +74,7 @@ class InputLines {
   explicit InputLines(const PieceFeed& feed) : m_feed(feed) {}
 
   void Run() {
-    m_buffer.resize(kPieceSize + 1);
+    m_buffer.resize(m_pieceSize + 1);
     for (;;) {
       const std::size_t got = ReadInput(&m_buffer[m_end], m_want - m_end);
       const std::size_t scanned = m_end;
@@ -78,7 +83,9 @@ class InputLines {
       if (got == 0) break;
       if (m_end == m_want) DeliverPiece();
     }
-    if (m_end > 0) Take(0, m_end, true);  // a last line without its '\n'
+    // The end of the input ends a last line without its '\n', even one
+    // whose pieces so far were taken whole.
+    if (m_end > 0 || m_offset > 0) Take(0, m_end, true);
   }
 
  private:
@@ -97,7 +104,7 @@ class InputLines {
     }
     if (begin == 0) return;
     Drop(begin);  // under a piece is left: the next read makes it whole
-    m_want = kPieceSize;
+    m_want = m_pieceSize;
   }
 
   // Hands over the part of a line in the buffer; keeps what is left and
@@ -106,7 +113,7 @@ class InputLines {
     const std::size_t taken = Take(0, m_end, false);
     m_offset += taken;
     Drop(taken);
-    m_want = m_end + kPieceSize;
+    m_want = m_end + m_pieceSize;
     if (m_buffer.size() < m_want + 1) m_buffer.resize(m_want + 1);
   }
 
@@ -122,14 +129,32 @@ class InputLines {
   }
 
   const PieceFeed& m_feed;
-  std::vector<char> m_buffer;       // one byte beyond the data for its NUL
-  std::size_t m_end = 0;            // bytes in the buffer
-  std::size_t m_want = kPieceSize;  // bytes to have before a piece goes
+  std::vector<char> m_buffer;  // one byte beyond the data for its NUL
+  std::size_t m_end = 0;       // bytes in the buffer
+  const std::size_t m_pieceSize = PieceSize();
+  std::size_t m_want = m_pieceSize;  // bytes to have before a piece goes
   unsigned long m_line = 1;
   unsigned long m_offset = 0;  // of the buffer's front within its line
 };
 
 }  // namespace
+
+const char* HeapFailure() {
+  // The heap's too-large report and its abort mean the same to a user.
+  const char* const tooLarge =
+      "the result would be over 2 GiB, more than a string holds";
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return "no memory left for the result";
+  } catch (const Pelgc::ObjectTooLargeError&) {
+    return tooLarge;
+  } catch (const Pelgc::HeapAbortError&) {
+    return tooLarge;
+  } catch (...) {
+    return nullptr;
+  }
+}
 
 std::string Where(const LinePiece& piece) {
   return (piece.operand ? "TEXT " : "line ") + std::to_string(piece.line) +
@@ -162,22 +187,9 @@ void EndLine(bool lineEnd) {
   if (lineEnd) std::fputc('\n', stdout);
 }
 
-void PrintLine(const char* bytes, std::size_t n) {
-  Write(bytes, n);
-  EndLine(true);
-}
-
 void PrintLine(const VeskString& text) {
-  PrintLine(text.Text(), static_cast<std::size_t>(text.Length()));
-}
-
-void WriteHeapText(char* text, bool sourceEmpty) {
-  if (text == nullptr) {
-    if (!sourceEmpty) throw std::bad_alloc();
-    return;
-  }
-  Write(text, std::strlen(text));
-  Pelgc::SystemDelete(text);
+  Write(text.Text(), static_cast<std::size_t>(text.Length()));
+  EndLine(true);
 }
 
 }  // namespace vesktext

@@ -4,8 +4,6 @@
 // Exit status: 0 done, 1 a failure while running, 2 a usage error.
 #include <cstdio>
 #include <exception>
-#include <iostream>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -20,21 +18,26 @@ constexpr const char kTextNote[] =
     "standard input does, its bytes as they are (a '\\r' before the\n"
     "newline included), whatever its length. A NUL byte would end the\n"
     "text there, so a line holding one is refused: the tool stops with\n"
-    "an error naming the line and the byte's offset in it.\n";
+    "an error naming the line and the byte's offset in it. What was\n"
+    "written of a line refused partway (a NUL byte, decode --strict)\n"
+    "stays on standard output, as in any stream.\n";
 
 const std::string kConvertNote =
-    "Content that is not all UTF-8 goes unconverted. That shows only\n"
-    "at a line's end: till then a long line of more than ASCII waits\n"
-    "in a temporary file.\n";
+    "A line that is not all UTF-8 goes unconverted. That is known only\n"
+    "at its end, so the output of a long line holding more than ASCII\n"
+    "may come only once all of it is read (kept on disk till then).\n";
 
 const std::string kVersionOption =
-    "  --content-version N  the content's version (default 6); content\n"
-    "                       of version 6 and above is UTF-8\n";
+    "  --content-version N  the content's version (default " +
+    std::to_string(kDefaultContentVersion) + "); content\n" +
+    "                       of version " + std::to_string(kFirstUtf8Version) +
+    " and above is UTF-8\n";
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> kCommands = {
       {"form",
-       "form [--percent-space] [--content-version N] [--convert] [TEXT...]",
+       "form [--percent-space] [--content-version N]\n"
+       "                [--convert] [TEXT...]",
        "form-encode: letters and digits kept, a space as '+'",
        "Form-encodes each TEXT: ASCII letters and digits stay, a space\n"
        "becomes '+', every other byte %XX.\n"
@@ -42,45 +45,32 @@ const std::vector<Command>& Commands() {
            kVersionOption +
            "  --convert            UTF-8 content goes to the code page\n" +
            kConvertNote,
-       {{"--percent-space", false},
-        {"--content-version", true},
-        {"--convert", false}},
        RunForm},
-      {"high",
-       "high [--content-version N] [TEXT...]",
+      {"high", "high [--content-version N] [TEXT...]",
        "escape only the bytes 0x80 to 0xFF",
        "Escapes the bytes 0x80 to 0xFF of each TEXT as %XX and keeps the\n"
        "others. UTF-8 content goes to the code page first.\n" +
            kVersionOption + kConvertNote,
-       {{"--content-version", true}},
        RunHigh},
-      {"escape",
-       "escape [--strict] [TEXT...]",
+      {"escape", "escape [--strict] [TEXT...]",
        "escaped copy: multibyte characters as %XX",
        "Prints an escaped copy of each TEXT: every byte of a multibyte\n"
        "character of the code page as %XX, single bytes as they are.\n"
        "  --strict  single bytes as %XX too, but for ASCII letters,\n"
        "            digits, '-' and '.'\n",
-       {{"--strict", false}},
        RunEscape},
-      {"upper128",
-       "upper128 [TEXT...]",
+      {"upper128", "upper128 [TEXT...]",
        "escaped copy keeping the bytes 0x01 to 0x7F",
        "Prints an escaped copy of each TEXT: the bytes 0x01 to 0x7F as\n"
        "they are, the others and multibyte characters of the code page\n"
        "as %XX.\n",
-       {},
        RunUpper128},
-      {"url",
-       "url [TEXT...]",
-       "escaped copy keeping what a URL holds",
+      {"url", "url [TEXT...]", "escaped copy keeping what a URL holds",
        "Prints an escaped copy of each TEXT: ASCII letters, digits and\n"
        "!\"#$%&'()*+,-./:;=?@[]_~ as they are, the others and multibyte\n"
        "characters of the code page as %XX.\n",
-       {},
        RunUrl},
-      {"decode",
-       "decode [--plus] [--strict] [TEXT...]",
+      {"decode", "decode [--plus] [--strict] [TEXT...]",
        "the way back: percent escapes to their bytes",
        "Writes each TEXT with every escape, '%' and two hex digits of\n"
        "either case, as its byte; NUL and bytes from 0x80 up are written\n"
@@ -90,11 +80,10 @@ const std::vector<Command>& Commands() {
        "  --plus    a '+' becomes a space, as in form bodies\n"
        "  --strict  a '%' that begins no escape is an error naming its\n"
        "            line and column\n",
-       {{"--plus", false}, {"--strict", false}},
        RunDecode},
       {"query",
-       "query [--no-question-mark] [--content-version N] [--convert] "
-       "BASE [NAME=VALUE...]",
+       "query [--no-question-mark]\n"
+       "                [--content-version N] [--convert] BASE [NAME=VALUE...]",
        "append NAME=VALUE pairs to BASE as a query",
        "Appends the pairs to BASE, form-encoded, in order: '?' before the\n"
        "first ('&' when BASE holds '=', '&' or '?'), '&' between. A NAME\n"
@@ -103,76 +92,40 @@ const std::vector<Command>& Commands() {
        "  --no-question-mark   nothing instead of '?'\n" +
            kVersionOption +
            "  --convert            names and values go to the code page\n",
-       {{"--no-question-mark", false},
-        {"--content-version", true},
-        {"--convert", false}},
        RunQuery},
-      {"format",
-       "format FORMAT [ARG...]",
+      {"format", "format FORMAT [ARG...]",
        "carry out the directives of FORMAT over typed ARGs",
        "Prints FORMAT with its directives carried out. A directive that\n"
-       "reads a value takes the next ARG: its letter, ':' and the value.\n"
-       "  %d  d:INT     decimal           %x  x:INT     hex, sign-extended\n"
-       "  %c  c:INT     its low byte      %b  b:INT     't' if not 0, or 'f'\n"
-       "  %2  2:INT     0-padded to 2     %s  s:TEXT    the text\n"
-       "  %3  3:TEXT    first 3 bytes     %f  f:NUMBER  shortest exact text\n"
-       "  %p  p:HEX     \"0x\" and hex      %%            '%'\n"
-       "INT is a decimal int; NUMBER a decimal double, \"inf\" or \"nan\";\n"
-       "HEX hex digits after an optional \"0x\". A 3:TEXT has three bytes\n"
-       "or more. Any other character after '%' is dropped with it, as is\n"
-       "a '%' at the end. A directive without its ARG, an ARG of another\n"
-       "kind and an ARG left over are usage errors.\n",
-       {},
+       "reads a value takes the next ARG: its letter, ':' and the value.\n" +
+           DirectiveHelp() +
+           "INT is a decimal int; NUMBER a decimal double, \"inf\" or "
+           "\"nan\";\n"
+           "HEX hex digits after an optional \"0x\". A 3:TEXT has three bytes\n"
+           "or more. Any other character after '%' is dropped with it, as is\n"
+           "a '%' at the end. A directive without its ARG, an ARG of another\n"
+           "kind and an ARG left over are usage errors.\n",
        RunFormat},
-      {"strip",
-       "strip [--scheme SCHEME] [TEXT...]",
+      {"strip", "strip [--scheme SCHEME] [TEXT...]",
        "step over leading whitespace, and a scheme",
        "Prints each TEXT after its leading whitespace; with --scheme, also\n"
        "after SCHEME (letters in either case) and one or two '/'. A TEXT\n"
        "without the scheme prints nothing and makes the exit status 1.\n",
-       {{"--scheme", true}},
        RunStrip},
-      {"parse",
-       "parse [--unsigned] [TEXT...]",
+      {"parse", "parse [--unsigned] [TEXT...]",
        "read the decimal integer at the start of TEXT",
        "Prints the integer at the start of each TEXT: an optional '-',\n"
        "then digits up to the first other byte. No digits read 0; too\n"
        "many wrap around in 64 bits.\n"
        "  --unsigned  read without a sign: a leading '-' reads 0\n",
-       {{"--unsigned", false}},
        RunParse},
   };
   return kCommands;
 }
 
-// The usage line of a command, wrapped before 80 columns at the spaces
-// between its words; a bracketed option with its value is one word.
-void PrintCommandUsage(std::FILE* out, const char* synopsis) {
-  const std::string lead = "usage: vesktext [--codepage NAME]";
-  const std::string indent(lead.find('['), ' ');
-  std::string line = lead, word;
-  int depth = 0;
-  for (const char* c = synopsis;; ++c) {
-    if (*c != '\0' && (*c != ' ' || depth > 0)) {
-      depth += (*c == '[') - (*c == ']');
-      word += *c;
-      continue;
-    }
-    if (line.size() + 1 + word.size() < 80) {
-      line += ' ' + word;
-    } else {
-      std::fprintf(out, "%s\n", line.c_str());
-      line = indent + word;
-    }
-    word.clear();
-    if (*c == '\0') break;
-  }
-  std::fprintf(out, "%s\n", line.c_str());
-}
-
 void PrintUsage(std::FILE* out, const Command* command) {
   if (command != nullptr) {
-    PrintCommandUsage(out, command->synopsis);
+    std::fprintf(out, "usage: vesktext [--codepage NAME] %s\n",
+                 command->synopsis);
     return;
   }
   std::fputs(
@@ -205,11 +158,9 @@ void PrintHelp(const Command* command) {
       "  --version        the tool's version\n\n"
       "code pages:\n",
       stdout);
-  for (const CodePageNames& page : CodePages()) {
-    std::printf("  %-12s", page.host);
-    for (const char* alias : page.aliases) std::printf(" %s", alias);
-    std::fputs(page.host == CodePages()[0].host ? "  (the default)\n" : "\n",
-               stdout);
+  for (int i = 0; const HostCodePageNames* page = HostCodePageAt(i); ++i) {
+    std::printf("  %-12s %s%s\n", page->name, page->aliases,
+                i == 0 ? "  (the default)" : "");
   }
   std::fputc('\n', stdout);
   std::fputs(kTextNote, stdout);
@@ -265,18 +216,9 @@ int Run(const std::vector<std::string>& args, const Command** command) {
 }
 
 // What stopped a run, in the user's words: the host's own errors are not.
-std::string FailureMessage() {
-  try {
-    throw;
-  } catch (const std::bad_alloc&) {
-    return "out of memory";
-  } catch (const Pelgc::ObjectTooLargeError&) {
-    return "the result would be over 2 GiB, more than a string holds";
-  } catch (const Pelgc::HeapAbortError&) {
-    return "the result would be over 2 GiB, more than a string holds";
-  } catch (const std::exception& error) {
-    return error.what();  // a RunError, or the standard library's
-  }
+std::string FailureMessage(const std::exception& error) {
+  const char* heap = HeapFailure();
+  return heap != nullptr ? heap : error.what();
 }
 
 // Every block the tool took from the host heap must be back by now.
@@ -292,7 +234,6 @@ int CheckHeap(int status) {
 
 int main(int argc, char** argv) {
   using namespace vesktext;
-  std::ios::sync_with_stdio(false);
   const std::vector<std::string> args(argv + 1, argv + argc);
   const Command* command = nullptr;
   int status = 1;
@@ -304,8 +245,8 @@ int main(int argc, char** argv) {
                  command != nullptr ? ": " : "", error.what());
     PrintUsage(stderr, command);
     return 2;
-  } catch (const std::exception&) {
-    const std::string message = FailureMessage();
+  } catch (const std::exception& error) {
+    const std::string message = FailureMessage(error);
     std::fflush(stdout);  // the output before the failure comes first
     std::fprintf(stderr, "vesktext: %s\n", message.c_str());
   }

@@ -80,9 +80,7 @@ class NumberReader {
   std::size_t Feed(const LinePiece& piece) {
     for (std::size_t i = 0; m_reading && i < piece.size; ++i) {
       const char c = piece.text[i];
-      if (c == '-' && piece.offset + i == 0) {
-        m_number += c;
-      } else if (c >= '0' && c <= '9') {
+      if ((c == '-' && piece.offset + i == 0) || (c >= '0' && c <= '9')) {
         m_number += c;
       } else {
         m_reading = false;
@@ -103,7 +101,8 @@ class NumberReader {
     const char* text = m_number.c_str();
     const std::string number = m_isUnsigned ? std::to_string(ToUInt64(text))
                                             : std::to_string(ToInt64(text));
-    PrintLine(number.data(), number.size());
+    Write(number.data(), number.size());
+    EndLine(true);
     m_number.clear();
     m_reading = true;
   }
