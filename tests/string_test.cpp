@@ -48,6 +48,9 @@ void Change(char op, VeskString& s) {
     case 'v': s.Set(&vm); break;
     case '3': s.AppendThreeChars("a\0b"); break;
     case 'x': s.AppendHexByte(0x9F), s.AppendHexByte(0xA0); break;
+    case 'T': s = "abcdef", s.Truncate(9), s.Truncate(2); break;
+    case 'o': s = "abcdef", s.Set(s.Text() + 2, 3); break;
+    case 'O': s = "abcdef", s.Set(s.Text() + 2, -1), s.AppendChar('g'); break;
     case 't': s = "a \t\r\n", s.RemoveTrailingSpaces(); break;
     case 'f': s = "a\v\f", s.RemoveTrailingSpaces(); break;
     case ' ': s = "   ", s.RemoveTrailingSpaces(); break;
@@ -88,6 +91,9 @@ TEST(StringTest, StatesTextsAndCapacities) {
       {'v', "ScriptStringAsUtf8", State::kOwn, "x\xC3\xA9\xF0\x9F\x98\x80", 8},
       {'3', "NulsAreAppended", State::kOwn, "a\0b"s, 257},
       {'x', "Hex", State::kOwn, "9FA0", 257},
+      {'T', "TruncatedOnlyShorter", State::kOwn, "ab", 7},
+      {'o', "SetFromItsOwnText", State::kOwn, "cde", 7},
+      {'O', "SetFromItsOwnTextToTheNul", State::kOwn, "cdefg", 7},
       {'t', "Trimmed", State::kOwn, "a", 6},
       {'f', "VtFfStay", State::kOwn, "a\v\f", 4},
       {' ', "OnlySpaces", State::kOwn, "", 4},
