@@ -68,6 +68,7 @@ std::string Apply(char op, VeskString& s, const std::string& arg, Fault& run,
   marlo::String script(a);
   std::optional<VeskString> source;
   if (op == 'o' || op == '=') source.emplace(a);
+  const std::string start = Text(s);  // which a made copy leaves as it is
   g_log.clear();
   const unsigned long requests = Pelgc::GetHeapStats().requests;
   Pelgc::InjectHeapFault(run.k, run.fault, run.persistent);
@@ -118,6 +119,12 @@ std::string Apply(char op, VeskString& s, const std::string& arg, Fault& run,
   }
   Pelgc::ClearHeapFault();
   run.requests = Pelgc::GetHeapStats().requests - requests;
+  if (source) {
+    EXPECT_EQ(Text(*source), arg) << "the source changed";
+  }
+  if (std::strchr(kMade, op)) {
+    EXPECT_EQ(Text(s), start) << "the source changed";
+  }
   return std::strchr(kMade, op) ? made : Text(s);
 }
 
