@@ -21,6 +21,7 @@
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
 #include "host/text_services.h"
+#include "tools/heap_tuning.h"
 
 namespace {
 
@@ -588,6 +589,7 @@ void AddSearches() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  vesktext::KeepLargeBlocksInHeap();  // as the tool does
   AddAppends();
   AddNumberText();
   AddEncoders();

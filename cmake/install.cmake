@@ -11,16 +11,19 @@ set(vesk_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/vesktext)
 set(vesk_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VeskText)
 
 # host/utf.h stays behind: it is the default host's own helper, not part of
-# what the module asks of a host.
+# what the module asks of a host. Built against another host's headers, only
+# the module is installed; that host installs its own headers.
 install(FILES core/veskstring.h DESTINATION ${vesk_include_dir}/core)
-install(FILES
-    host/memory_manager.h
-    host/object_model.h
-    host/text_services.h
-    host/vm_string.h
-  DESTINATION ${vesk_include_dir}/host)
+if(vesk_own_host)
+  install(FILES
+      host/memory_manager.h
+      host/object_model.h
+      host/text_services.h
+      host/vm_string.h
+    DESTINATION ${vesk_include_dir}/host)
+endif()
 
-install(TARGETS vesk_core vesk_default_host vesk_text EXPORT VeskTextTargets
+install(TARGETS ${vesk_libraries} EXPORT VeskTextTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(TARGET vesktext)
   install(TARGETS vesktext RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -46,7 +49,11 @@ install(FILES
 file(RELATIVE_PATH vesk_pc_to_prefix
   /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" vesk_pc_to_prefix "${vesk_pc_to_prefix}")
-foreach(vesk_pc_name vesktext vesktext-core)
+set(vesk_pc_names vesktext-core)
+if(vesk_own_host)
+  list(APPEND vesk_pc_names vesktext)
+endif()
+foreach(vesk_pc_name ${vesk_pc_names})
   if(vesk_pc_name STREQUAL vesktext)
     set(vesk_pc_description "The text module with its default host")
   else()

@@ -2,8 +2,8 @@
 // decimal renderings. Every size but U64ToChar's passes the size guard.
 #include <cstring>
 
-#include "../host/vm_string.h"
 #include "decimal_digits.h"
+#include "host/vm_string.h"
 #include "internal.h"
 #include "veskstring.h"
 

@@ -1,6 +1,6 @@
 // VeskString: a script object's variables as a query.
-#include "../host/object_model.h"
-#include "../host/vm_string.h"
+#include "host/object_model.h"
+#include "host/vm_string.h"
 #include "internal.h"
 #include "veskstring.h"
 
@@ -29,7 +29,7 @@ void VeskString::EncodeVariables(CorePlayer* player,
     // Declared name first, so the value copy is released before it.
     const vesk::ScopedBlock name(variable->Name().Get8BitCopyOfStringData());
     if (name.get() == nullptr || name.get()[0] == '$' ||
-        (variable->GetFlags() & ScriptVariable::kDontEnum) != 0) {
+        (variable->GetFlags() & kDontEnumFlag) != 0) {
       continue;
     }
     const vesk::ScopedBlock value(

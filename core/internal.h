@@ -5,7 +5,7 @@
 
 #include <climits>
 
-#include "../host/memory_manager.h"
+#include "host/memory_manager.h"
 
 namespace vesk {
 

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "../host/text_services.h"
 #include "byte_sets.h"
 #include "direct_writer.h"
+#include "host/text_services.h"
 #include "internal.h"
 #include "vector_blocks.h"
 #include "veskstring.h"

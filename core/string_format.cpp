@@ -2,9 +2,9 @@
 // text at a time through AppendChar and AppendString.
 #include <cstdarg>
 
-#include "../host/text_services.h"
 #include "decimal_digits.h"
 #include "direct_writer.h"
+#include "host/text_services.h"
 #include "internal.h"
 #include "veskstring.h"
 

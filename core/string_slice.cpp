@@ -2,7 +2,7 @@
 #include <climits>
 #include <cstring>
 
-#include "../host/text_services.h"
+#include "host/text_services.h"
 #include "internal.h"
 #include "veskstring.h"
 

@@ -1,7 +1,7 @@
 // VeskString: construction, assignment, copying and release.
 #include <cstring>
 
-#include "../host/vm_string.h"
+#include "host/vm_string.h"
 #include "internal.h"
 #include "veskstring.h"
 

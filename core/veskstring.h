@@ -46,6 +46,7 @@
 #include <cassert>
 #include <climits>
 #include <cstdarg>
+#include <cstdint>
 
 static_assert(sizeof(int) == 4, "int must be 32-bit");
 static_assert(sizeof(long) == 8 && sizeof(unsigned long) == 8,
@@ -66,6 +67,15 @@ class GCRef;
 }  // namespace Pelgc
 class CorePlayer;
 class ScriptObject;
+
+// ---- Content versions and variable flags ----
+// The first content `version` whose texts are UTF-8. The encoders convert
+// only such texts to the host code page: texts of earlier versions are in
+// it already.
+constexpr int kFirstUtf8Version = 6;
+// The bit of a script variable's flags that leaves it out of
+// EncodeVariables. What the other bits mean is the host's business.
+constexpr std::uint16_t kDontEnumFlag = 0x0001;
 
 // ---- Case tables ----
 // A byte c folds as c ^ table[(unsigned char)c]: g_tolower_map holds 0x20
@@ -258,7 +268,7 @@ class VeskString {
   // Appends the object's variables as form-encoded name=value pairs, '?'
   // before the first (nothing with `noQuestionMark`) unless the text holds
   // '=', '&' or '?' already, then '&' between. Variables whose name starts
-  // with '$', whose flags have ScriptVariable::kDontEnum, or whose name or
+  // with '$', whose flags have kDontEnumFlag, or whose name or
   // value the host cannot give are left out, without a separator.
   void EncodeVariables(CorePlayer* player,
                        Pelgc::GCAPI::GCRef<ScriptObject> object, int version,

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
@@ -12,10 +13,11 @@
 #include "text_services.h"
 #include "utf.h"
 
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
-              "16-bit units are decoded as UTF-16LE");
-
 namespace {
+
+// The 16-bit units are produced in the machine's own byte order.
+constexpr const char* kUtf16Units =
+    __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? "UTF-16LE" : "UTF-16BE";
 
 struct CodePage {
   HostCodePageNames names;  // the host's and a user's
@@ -62,6 +64,23 @@ constexpr CodePage kCodePages[] = {
 
 std::atomic<const CodePage*> g_codePage{&kCodePages[0]};
 std::atomic<void (*)(unsigned char)> g_widthObserver{nullptr};
+std::atomic<bool> g_openFailureReported{false};
+
+// A C library without the page's conversion module (a cross libc without
+// its gconv files, a trimmed container) makes every conversion fail. That
+// is said once per process on standard error, so that unconverted texts
+// are not a mystery.
+iconv_t OpenConverter(const char* to, const char* from) {
+  const iconv_t cd = iconv_open(to, from);
+  if (cd == reinterpret_cast<iconv_t>(-1) &&
+      !g_openFailureReported.exchange(true)) {
+    std::fprintf(stderr,
+                 "vesktext host: the C library cannot convert from %s to %s; "
+                 "texts are left unconverted\n",
+                 from, to);
+  }
+  return cd;
+}
 
 // What a code page makes of one character: kUnknown till the converter
 // has been asked, kLacking, or its bytes: one byte b as kSingle | b, two
@@ -81,8 +100,11 @@ constexpr PageChar kSingle = 0x100;
 class Converters {
  public:
   ~Converters() { Close(); }
+  // Each is kNone when the C library cannot convert the page.
   iconv_t ToPage(const CodePage* page) { return Get(page).first; }
   iconv_t FromPage(const CodePage* page) { return Get(page).second; }
+
+  static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
 
   // The entry of `code` for the page last asked for.
   PageChar& Known(char32_t code) {
@@ -95,8 +117,8 @@ class Converters {
   std::pair<iconv_t, iconv_t> Get(const CodePage* page) {
     if (page != m_page) {
       Close();
-      m_toPage = iconv_open(page->iconvName, "UTF-8");
-      m_fromPage = iconv_open("UTF-16LE", page->iconvName);
+      m_toPage = OpenConverter(page->iconvName, "UTF-8");
+      m_fromPage = OpenConverter(kUtf16Units, page->iconvName);
       m_page = page;
     }
     iconv(m_toPage, nullptr, nullptr, nullptr, nullptr);  // reset shift state
@@ -112,7 +134,6 @@ class Converters {
     m_beyondBmp.clear();
   }
 
-  static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
   const CodePage* m_page = nullptr;
   iconv_t m_toPage = kNone;
   iconv_t m_fromPage = kNone;
@@ -140,12 +161,12 @@ PageChar AskConverter(iconv_t cd, const char* utf8, std::size_t width) {
                                                 : lead << 8 | trail);
 }
 
-// Converts valid UTF-8 into `out`, which has room for `length` bytes (no
-// supported page needs more bytes for a character than UTF-8 does).
-// Characters the page cannot hold become '?'. Returns the bytes written.
-std::size_t ConvertToPage(const CodePage* page, const char* utf8,
-                          std::size_t length, char* out) {
-  iconv_t cd = t_converters.ToPage(page);
+// Converts valid UTF-8 with `cd` into `out`, which has room for `length`
+// bytes (no supported page needs more bytes for a character than UTF-8
+// does). Characters the page cannot hold become '?'. Returns the bytes
+// written.
+std::size_t ConvertToPage(iconv_t cd, const char* utf8, std::size_t length,
+                          char* out) {
   const auto* p = reinterpret_cast<const unsigned char*>(utf8);
   const unsigned char* const end = p + length;
   char* const start = out;
@@ -168,6 +189,22 @@ std::size_t ConvertToPage(const CodePage* page, const char* utf8,
     p += width;
   }
   return static_cast<std::size_t>(out - start);
+}
+
+// The units of a text whose page the C library cannot convert: ASCII, which
+// every supported page shares, as itself (so the '=' and '&' that a query is
+// found by stay visible), and every other character as U+FFFD.
+std::basic_string<unsigned short> AsciiOnlyUtf16(const CodePage* page,
+                                                 const char* text,
+                                                 std::size_t length) {
+  std::basic_string<unsigned short> units;
+  for (std::size_t i = 0; i < length;) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    units += static_cast<unsigned short>(byte < 0x80 ? byte
+                                                     : vesk_host::kReplacement);
+    i += page->width[byte];
+  }
+  return units;
 }
 
 }  // namespace
@@ -194,15 +231,17 @@ char* CreateMBCSFromUTF8(const char* utf8, bool /*terminate*/) {
   if (utf8 == nullptr) return nullptr;
   const std::size_t length = std::strlen(utf8);
   if (!vesk_host::IsValidUtf8(utf8, length)) return nullptr;
+  const CodePage* page = g_codePage.load();
+  const iconv_t cd = page->utf8 ? Converters::kNone : t_converters.ToPage(page);
+  if (!page->utf8 && cd == Converters::kNone) return nullptr;
   auto* text =
       static_cast<char*>(Pelgc::SystemNew(length + 1, Pelgc::kMayReturnNull));
   if (text == nullptr) return nullptr;
-  const CodePage* page = g_codePage.load();
   std::size_t written = length;
   if (page->utf8) {
     std::memcpy(text, utf8, length);
   } else {
-    written = ConvertToPage(page, utf8, length, text);
+    written = ConvertToPage(cd, utf8, length, text);
   }
   text[written] = '\0';
   return text;
@@ -227,6 +266,7 @@ std::basic_string<unsigned short> CodePageToUtf16(const char* text,
   // Every supported page takes at least one byte per 16-bit unit.
   std::basic_string<unsigned short> units(length, 0);
   iconv_t cd = t_converters.FromPage(page);
+  if (cd == Converters::kNone) return AsciiOnlyUtf16(page, text, length);
   char* in = const_cast<char*>(text);
   std::size_t inLeft = length;
   char* out = reinterpret_cast<char*>(&units[0]);

@@ -1,10 +1,10 @@
 // Default host memory manager: the C heap, with accounting and fault
 // injection. Counters are atomics so that the free functions of the module
-// may run on any thread; the fault plan and the block registry (checked
-// builds only) sit behind a mutex that the common path never takes.
+// may run on any thread; the fault plan and the block registry sit behind a
+// mutex. Without VESK_HEAP_CHECKS a request takes the mutex only while a
+// fault is armed; with it, every request and release takes it to update the
+// registry. Nothing here changes a process-wide setting of the C heap.
 #include "memory_manager.h"
-
-#include <malloc.h>
 
 #include <atomic>
 #include <cstdio>
@@ -21,16 +21,6 @@ constexpr bool kCheckPointers = true;
 #else
 constexpr bool kCheckPointers = false;
 #endif
-
-// A growing string releases each block for one half as large again, so
-// large blocks come and go all the time. Served from fresh mappings, every
-// page of every one of them would fault in anew; kept in the heap, the
-// pages are reused. Set once, before the first request.
-const bool g_heapTuned = [] {
-  mallopt(M_MMAP_THRESHOLD, 64 << 20);
-  mallopt(M_TRIM_THRESHOLD, 128 << 20);
-  return true;
-}();
 
 std::atomic<unsigned long> g_requests{0};
 std::atomic<unsigned long> g_releases{0};

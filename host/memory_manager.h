@@ -2,8 +2,9 @@
 //
 // The default host implements it over the C heap and adds what tests,
 // fuzzers and tools need to observe it: request accounting and fault
-// injection. A real host provides SystemNew, SystemDelete and GCHeap; the
-// accounting and fault-injection functions are the default host's own.
+// injection. What every host provides is listed in README.md, "Replacing
+// the default host"; the accounting and fault-injection functions are the
+// default host's own.
 #ifndef VESK_HOST_MEMORY_MANAGER_H
 #define VESK_HOST_MEMORY_MANAGER_H
 
@@ -61,8 +62,8 @@ struct HeapStats {
 HeapStats GetHeapStats();
 
 // True when SystemDelete verifies every pointer against the blocks handed
-// out (builds with VESK_HEAP_CHECKS, the default for everything but
-// benchmarks); a bad pointer then aborts the process.
+// out (builds with VESK_HEAP_CHECKS, the default where the tests are
+// built); a bad pointer then aborts the process.
 bool HeapChecksEnabled();
 
 // Called by SystemDelete with each block just before it goes back to the C

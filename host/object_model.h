@@ -77,9 +77,6 @@ inline ScriptAtom::ScriptAtom(const RCScriptAtom& counted)
 
 class ScriptVariable {
  public:
-  // Bit 0x0001 of the flags hides a variable from query encoding.
-  static constexpr std::uint16_t kDontEnum = 0x0001;
-
   ScriptVariable(const char* name, const ScriptAtom& value, std::uint16_t flags)
       : value(value), m_name(ScriptAtom::FromString(name)), m_flags(flags) {}
   ScriptAtom Name() const { return m_name; }

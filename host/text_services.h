@@ -31,14 +31,11 @@ struct HostCodePageNames {
 // default first; null past the last.
 const HostCodePageNames* HostCodePageAt(int index);
 
-// The first content version whose texts are UTF-8; texts of earlier
-// versions are in the host code page already.
-constexpr int kFirstUtf8Version = 6;
-
 // `utf8` in the host code page as a host heap text requested with
 // kMayReturnNull, characters the code page cannot hold as '?'. Null for a
 // null text, for text that is not valid UTF-8 (the caller then uses the
-// raw bytes), and when the heap gives no block. The module always passes
+// raw bytes), when the C library cannot convert to the page, and when the
+// heap gives no block. The module always passes
 // true for `terminate`; the text returned is NUL-terminated either way.
 char* CreateMBCSFromUTF8(const char* utf8, bool terminate);
 

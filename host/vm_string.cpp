@@ -3,8 +3,8 @@
 #include <climits>
 #include <cstring>
 
+#include "core/veskstring.h"
 #include "memory_manager.h"
-#include "text_services.h"
 #include "utf.h"
 
 namespace marlo {

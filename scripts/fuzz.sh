@@ -15,7 +15,7 @@ dir=build/fuzz
 echo "== fuzz: clang++ -fsanitize=fuzzer, $VESK_SANITIZER_FLAGS; build," \
   "about 15 s, then each target for $seconds s"
 configure_sanitized "$dir" -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_EXAMPLES=OFF \
-  -DVESK_BUILD_FUZZERS=ON
+  -DVESK_BUILD_FUZZERS=ON -DVESK_HEAP_CHECKS=ON
 
 failed=0
 for target in text; do

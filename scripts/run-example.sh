@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs the example program (a URL built, appended to,
 # sliced and compared), then runs vesktext on a real case: the form a game
-# sends to its score server. The build is quiet unless it fails.
+# sends to its score server. The build is quiet unless it fails; it builds
+# every library too, so `cmake --install build/example` works afterwards.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/quietly.sh
@@ -10,7 +11,7 @@ scripts/setup.sh --example
 echo "== building the example and vesktext"
 quietly cmake -S . -B build/example -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DVESK_BUILD_TESTS=OFF -DVESK_BUILD_BENCH=OFF
-quietly cmake --build build/example --target walkthrough vesktext
+quietly cmake --build build/example
 build/example/examples/walkthrough
 
 vesktext() { build/example/tools/vesktext "$@"; }

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs every test: once with g++ (optimised) and once
-# with clang (debug, SSE2 only), both with warnings as errors; then the
-# clang build's unit tests under valgrind, everything again under
-# AddressSanitizer and UndefinedBehaviorSanitizer, and the fuzz target for
-# 120 seconds. Each stage prints a line as it starts, with how long it took
-# on 2 idle cores when that is more than a few seconds; builds print
-# nothing unless they fail.
+# with clang (debug, SSE2 only), both with warnings as errors; the unit
+# tests and the corpus replay with g++ where plain char is unsigned and
+# without SSE2; everything but the consumers cross-built for aarch64 and
+# s390x under qemu-user (scripts/cross.sh); then the clang build's unit
+# tests under valgrind, everything again under AddressSanitizer and
+# UndefinedBehaviorSanitizer, and the fuzz target for 120 seconds. Each
+# stage prints a line as it starts, with how long it took on 2 idle cores
+# when that is more than a few seconds; builds print nothing unless they
+# fail.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/quietly.sh
@@ -30,6 +33,18 @@ run_suite gcc g++ RelWithDebInfo "about 30 s"
 # Without AVX2, so that the SSE2 paths that other machines take are tested
 # here too.
 run_suite clang clang++ Debug "about 15 s" "-gdwarf-4 -DVESK_NO_AVX2"
+# Plain char unsigned, as on AArch64, and the byte loops that machines
+# without SSE2 take: the unit tests and the corpus replay.
+echo "== plain: g++, -funsigned-char -U__SSE2__; unit tests and replay," \
+  "about 45 s"
+quietly cmake -S . -B build/plain -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_CXX_FLAGS="-funsigned-char -U__SSE2__" -DVESK_BUILD_TESTS=ON \
+  -DVESK_BUILD_EXAMPLES=OFF -DVESK_BUILD_TOOLS=OFF -DVESK_BUILD_BENCH=OFF \
+  -DVESK_INSTALL=OFF
+quietly cmake --build build/plain
+ctest --test-dir build/plain --output-on-failure -j "$(nproc)" \
+  -E subproject_consumer
+scripts/cross.sh
 scripts/valgrind.sh build/clang
 scripts/sanitize.sh
 scripts/fuzz.sh 120

@@ -30,9 +30,11 @@ inline int FoldedDifference(const char* a, const char* b, std::size_t n) {
   return std::tolower(a[same] & 0xFF) - std::tolower(b[same] & 0xFF);
 }
 
-// What the character searches find: a byte equal to `c` read as signed.
+// What the character searches find: a byte equal to `c` read as signed,
+// whatever the signedness of plain char (strchr compares `c` converted to
+// char, so 233 would find 0xE9).
 inline const char* Chr(const char* s, int c, bool last) {
-  if (c == 0 || c < CHAR_MIN || c > CHAR_MAX) return nullptr;
+  if (c == 0 || c < SCHAR_MIN || c > SCHAR_MAX) return nullptr;
   return last ? std::strrchr(s, c) : std::strchr(s, c);
 }
 

@@ -154,7 +154,8 @@ struct Var {
 // Rows: the current text, the variables and the query appended. Flags
 // 0x0001 leave a variable out. Names or values the host cannot give (heap
 // request 0 is x's name, 1 its value) leave it out too, and the next one
-// comes first with '?'. Below version 6 names and values stay UTF-8.
+// comes first with '?'. Below version 6 names and values stay UTF-8, and
+// the current text is read in the code page as 16-bit units.
 TEST(EncodeTest, VariablesFollowTheCurrentText) {
   const ScriptAtom one = ScriptAtom::FromNumber(1),
                    e = ScriptAtom::FromString("\xC3\xA9");
@@ -170,6 +171,7 @@ TEST(EncodeTest, VariablesFollowTheCurrentText) {
       {nullptr, false, xy, "?x=1&y=1"},
       {"/a/b?", false, {{"x", one, 0}}, "/a/b?&x=1"},
       {"/a=b", false, {{"x", one, 0}}, "/a=b&x=1"},
+      {"/a=b", false, {{"x", one, 0}}, "/a=b&x=1", ~0UL, 5},
       {"/p&q", true, xy, "/p&q&x=1&y=1"},
       {"/", false, {{"h", one, 1}, {"a$", one, 2}}, "/?a%24=1"},
       {nullptr, false, xy, "?y=1", 0},

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/text_services.h"
+#include "core/veskstring.h"
 
 class VeskString;
 

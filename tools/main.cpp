@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli.h"
+#include "heap_tuning.h"
 #include "host/memory_manager.h"
 
 namespace vesktext {
@@ -234,6 +235,7 @@ int CheckHeap(int status) {
 
 int main(int argc, char** argv) {
   using namespace vesktext;
+  KeepLargeBlocksInHeap();
   const std::vector<std::string> args(argv + 1, argv + argc);
   const Command* command = nullptr;
   int status = 1;

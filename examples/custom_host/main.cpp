@@ -6,10 +6,13 @@
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
 #include "host/object_model.h"
+#include "host/vm_string.h"
 
 int main() {
   {
-    VeskString url("https://scores.example.com/post");
+    // The address as the script VM holds it.
+    marlo::String address("https://scores.example.com/post");
+    VeskString url(&address);
     url.AppendFormat("?game=%s&level=%d", "tetra", 7);
     std::printf("formatted:      %s\n", url.Text());
 

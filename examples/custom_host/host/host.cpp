@@ -9,10 +9,11 @@
 #include <new>
 #include <string>
 
-#include "memory_manager.h"
-#include "object_model.h"
-#include "text_services.h"
-#include "vm_string.h"
+#include "core/veskstring.h"
+#include "host/memory_manager.h"
+#include "host/object_model.h"
+#include "host/text_services.h"
+#include "host/vm_string.h"
 
 // ---- memory_manager.h: a fixed arena ---------------------------------------
 // Blocks are cut in turn from one static buffer, each rounded up to 16
@@ -135,9 +136,41 @@ int PlayerBytesInChar(unsigned char /*lead*/) { return 1; }
 
 // ---- vm_string.h -----------------------------------------------------------
 
+namespace {
+
+// `text` as UTF-16 units: UTF-8 decoded, ill-formed bytes as U+FFFD, or
+// with `latin1` each byte as its own character.
+std::basic_string<unsigned short> ToUnits(const char* text, bool latin1) {
+  std::basic_string<unsigned short> units;
+  for (auto* p = reinterpret_cast<const unsigned char*>(text); *p != 0;) {
+    long code = *p;
+    if (latin1) {
+      ++p;
+    } else if ((code = NextCodePoint(&p)) < 0) {
+      code = 0xFFFD;
+    }
+    if (code >= 0x10000) {
+      code -= 0x10000;
+      units += static_cast<unsigned short>(0xD800 + (code >> 10));
+      code = 0xDC00 + (code & 0x3FF);
+    }
+    units += static_cast<unsigned short>(code);
+  }
+  return units;
+}
+
+}  // namespace
+
 namespace marlo {
 
-StUTF8String::StUTF8String(String* string) : m_buffer(nullptr), m_length(0) {
+String::String(const char* utf8)
+    : m_units(utf8 != nullptr ? ToUnits(utf8, false)
+                              : std::basic_string<unsigned short>()) {}
+
+String::String(const unsigned short* units, int count)
+    : m_units(units, count > 0 ? static_cast<std::size_t>(count) : 0) {}
+
+StUTF8String::StUTF8String(String* string) {
   if (string == nullptr) return;
   std::string utf8;
   const unsigned short* units = string->Units();
@@ -166,35 +199,25 @@ StUTF8String::StUTF8String(String* string) : m_buffer(nullptr), m_length(0) {
       utf8 += static_cast<char>(0x80 | (code & 0x3F));
     }
   }
-  if (utf8.empty()) return;
-  m_buffer = CopyToHeap(utf8.data(), utf8.size());
-  if (m_buffer == nullptr) throw std::bad_alloc();
+  if (utf8.size() < sizeof m_inline) {
+    std::memcpy(m_inline, utf8.c_str(), utf8.size() + 1);
+  } else if ((m_heap = CopyToHeap(utf8.data(), utf8.size())) == nullptr) {
+    throw std::bad_alloc();
+  }
   m_length = static_cast<int>(utf8.size());
 }
 
 StUTF8String::~StUTF8String() {
-  if (m_buffer != nullptr) Pelgc::SystemDelete(m_buffer);
+  if (m_heap != nullptr) Pelgc::SystemDelete(m_heap);
 }
 
 }  // namespace marlo
 
 VeskString16::VeskString16(CorePlayer* /*player*/, const char* text,
                            int version) {
-  if (text == nullptr) return;
-  for (auto* p = reinterpret_cast<const unsigned char*>(text); *p != 0;) {
-    long code = *p;
-    if (version < 6) {
-      ++p;  // ISO-8859-1: each byte is its own character
-    } else if ((code = NextCodePoint(&p)) < 0) {
-      code = 0xFFFD;
-    }
-    if (code >= 0x10000) {
-      code -= 0x10000;
-      m_rep.m_units += static_cast<unsigned short>(0xD800 + (code >> 10));
-      code = 0xDC00 + (code & 0x3FF);
-    }
-    m_rep.m_units += static_cast<unsigned short>(code);
-  }
+  // Older content is in the code page, ISO-8859-1.
+  if (text != nullptr)
+    m_rep.m_units = ToUnits(text, version < kFirstUtf8Version);
 }
 
 // ---- object_model.h --------------------------------------------------------
@@ -241,12 +264,11 @@ void ScriptObject::SetVariable(const char* name, const ScriptAtom& value,
 
 ScriptVariableIterator::ScriptVariableIterator(
     Pelgc::GCAPI::GCRef<ScriptObject> object, bool /*includeInherited*/)
-    : m_object(std::move(object)) {}
+    : m_object(std::move(object)),
+      m_end(m_object.get() != nullptr ? m_object->m_variables.size() : 0) {}
 
 ScriptVariable* ScriptVariableIterator::Next() {
-  if (m_object.get() == nullptr) return nullptr;
-  auto& variables = m_object->m_variables;
-  return m_next < variables.size() ? &variables[m_next++] : nullptr;
+  return m_next < m_end ? &m_object->m_variables[m_next++] : nullptr;
 }
 
 char* CorePlayer::ToString(const ScriptAtom& value) {

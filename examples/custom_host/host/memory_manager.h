@@ -1,8 +1,5 @@
-// This host's memory manager: a fixed arena that counts its blocks.
-//
-// Declarations the module calls, as in the project's host/memory_manager.h
-// (vesk::core was compiled against that header, so these must stay the
-// same), and the arena's own block count.
+// This host's memory manager: a fixed arena that counts its blocks. The
+// declarations the module calls, and the arena's own block count.
 #ifndef CUSTOM_HOST_MEMORY_MANAGER_H
 #define CUSTOM_HOST_MEMORY_MANAGER_H
 

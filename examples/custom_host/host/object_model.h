@@ -1,13 +1,11 @@
 // This host's script object model: objects holding named variables, atoms
 // for names and values, and the player that turns a value into text.
-//
-// The module copies atoms, keeps an iterator on its stack and reads a
-// variable's and the player's members directly, so every class here is
-// defined exactly as in the project's host/object_model.h, against which
-// vesk::core was compiled. The out-of-line functions are this host's own,
-// in host.cpp; the module calls ScriptVariableIterator's constructor and
-// Next, ScriptAtom::Get8BitCopyOfStringData and CorePlayer::ToString, and
-// the rest are how this host's own code builds objects.
+// vesk::core is compiled against this header, so its classes are this
+// host's own; the iterator, for one, holds more than the default host's.
+// The out-of-line functions are in host.cpp; the module calls
+// ScriptVariableIterator's constructor and Next,
+// ScriptAtom::Get8BitCopyOfStringData and CorePlayer::ToString, and the
+// rest are how this host's own code builds objects.
 #ifndef CUSTOM_HOST_OBJECT_MODEL_H
 #define CUSTOM_HOST_OBJECT_MODEL_H
 
@@ -79,9 +77,6 @@ inline ScriptAtom::ScriptAtom(const RCScriptAtom& counted)
 
 class ScriptVariable {
  public:
-  // The module leaves out a variable with this flag.
-  static constexpr std::uint16_t kDontEnum = 0x0001;
-
   ScriptVariable(const char* name, const ScriptAtom& value, std::uint16_t flags)
       : value(value), m_name(ScriptAtom::FromString(name)), m_flags(flags) {}
   ScriptAtom Name() const { return m_name; }
@@ -106,6 +101,8 @@ class ScriptObject {
   std::vector<ScriptVariable> m_variables;
 };
 
+// Yields the variables an object holds when the walk starts, in insertion
+// order; variables added during the walk are not visited.
 class ScriptVariableIterator {
  public:
   ScriptVariableIterator(Pelgc::GCAPI::GCRef<ScriptObject> object,
@@ -115,6 +112,7 @@ class ScriptVariableIterator {
  private:
   Pelgc::GCAPI::GCRef<ScriptObject> m_object;
   std::size_t m_next = 0;
+  std::size_t m_end = 0;
 };
 
 class CorePlayer {

@@ -1,7 +1,5 @@
 // This host's text services: one code page (ISO-8859-1, one byte per
 // character), number-to-text conversion and the NaN value.
-//
-// Declarations the module calls, as in the project's host/text_services.h.
 #ifndef CUSTOM_HOST_TEXT_SERVICES_H
 #define CUSTOM_HOST_TEXT_SERVICES_H
 

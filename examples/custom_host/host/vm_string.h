@@ -1,9 +1,6 @@
-// This host's script VM string and its 16-bit text.
-//
-// The module keeps a StUTF8String and a VeskString16 on its own stack and
-// calls their inline members, so every class here is defined exactly as in
-// the project's host/vm_string.h, against which vesk::core was compiled.
-// The out-of-line functions are this host's own, in host.cpp.
+// This host's script VM string and its 16-bit text. vesk::core is compiled
+// against this header, so its classes are this host's own: the UTF-8 view
+// keeps short texts inside itself, unlike the default host's.
 #ifndef CUSTOM_HOST_VM_STRING_H
 #define CUSTOM_HOST_VM_STRING_H
 
@@ -23,8 +20,8 @@ class String {
   std::basic_string<unsigned short> m_units;
 };
 
-// A UTF-8 copy of a String in a host heap block, released when the view
-// ends.
+// A UTF-8 copy of a String: inside the view when it is short, else in a
+// host heap block released when the view ends.
 class StUTF8String {
  public:
   explicit StUTF8String(String* string);
@@ -32,12 +29,14 @@ class StUTF8String {
   StUTF8String(const StUTF8String&) = delete;
   StUTF8String& operator=(const StUTF8String&) = delete;
 
-  const char* c_str() const { return m_buffer != nullptr ? m_buffer : ""; }
+  const char* c_str() const { return m_heap != nullptr ? m_heap : m_inline; }
   int length() const { return m_length; }
 
  private:
-  char* m_buffer;
-  int m_length;
+  static constexpr int kInlineBytes = 64;  // the NUL included
+  char m_inline[kInlineBytes] = {};
+  char* m_heap = nullptr;  // a longer text
+  int m_length = 0;
 };
 
 }  // namespace marlo
