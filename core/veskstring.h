@@ -154,9 +154,6 @@ class VeskString {
 
   // Appends one byte (NUL included).
   void AppendChar(char c) {
-    // The length is read once and widened as unsigned: in a loop of appends
-    // it is reloaded from the store just made, and a sign-extending reload
-    // of a fresh store would stall the next append.
     const int length = m_length;
     if (length + 1 >= m_capacity && !EnsureCapacity(length + 1)) return;
     PutCharAndNul(m_text + static_cast<unsigned int>(length), c);
@@ -166,8 +163,10 @@ class VeskString {
   // after the terminator. A new length of 2^31 - 1 or more gets the heap
   // abort.
   void AppendString(const char* text);
-  // Appends at most `n` (0 or more) bytes of the NUL-terminated `text`,
-  // which is measured in full.
+  // Appends the bytes of `text` before its first NUL, at most `n` of them.
+  // `text` is measured with strnlen up to `n` bytes, so it needs no NUL
+  // within them. A negative `n` counts as 0: nothing is appended, though a
+  // full or shared buffer still grows.
   void AppendString(const char* text, int n);
   // Appends exactly the three bytes at `chars`, whatever their values, each
   // as AppendChar does. `chars` may not be null.

@@ -1,9 +1,12 @@
 // The free functions over C text, each on texts that end at an unreadable
 // page: against the C library at the block and step edges of their scans,
 // and at the edges that their documentation names.
+#include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -23,6 +26,8 @@ constexpr const char* kNullText = nullptr;
 
 // Every function on a text, a second one and a byte, all at page edges.
 void CheckAll(const std::string& a, const std::string& b, int c) {
+  SCOPED_TRACE(testing::Message()
+               << "a \"" << a << "\", b \"" << b << "\", c " << c);
   const Guarded8 ga(a), gb(b);
   const auto* bytes = reinterpret_cast<const unsigned char*>(a.data());
   const Guarded16 wide(Guarded16::Units(bytes, bytes + a.size()));
@@ -32,7 +37,7 @@ void CheckAll(const std::string& a, const std::string& b, int c) {
     const auto ca = Guarded8::Counted(a, n), cb = Guarded8::Counted(b, n);
     EXPECT_EQ(VeskStrNICmp(ca.get(), cb.get(), n),
               vesk_test::FoldedDifference(a.c_str(), b.c_str(), n))
-        << a << " " << b << n;
+        << "n " << n;
   }
 }
 
@@ -82,38 +87,151 @@ TEST(CTextTest, ScansAcrossBlockEdges) {
 }
 
 // Rows: a text and a second text, as needle and as prefix: strips that
-// skip to the text's end, high bytes for the character searches (which
-// take them signed only), empty texts.
+// skip to the text's end, high bytes for the character searches, empty
+// texts.
 TEST(CTextTest, DocumentedEdges) {
-  const std::pair<std::string, std::string> kRows[] = {
-      {" \t", "/"},          {"//", "\xE9"}, {" \tFILE:x", "file:"},
-      {"\xE9x\xE9", "\xE9"}, {"abc", ""},    {"", "a"}};
-  for (const auto& [a, b] : kRows) {
-    for (int c : {98, 0, -23, 233, 300, 120 - 256}) CheckAll(a, b, c);
+  const struct {
+    std::string text, second;
+  } kRows[] = {{" \t", "/"},          {"//", "\xE9"}, {" \tFILE:x", "file:"},
+               {"\xE9x\xE9", "\xE9"}, {"abc", ""},    {"", "a"}};
+  for (const auto& row : kRows) {
+    for (int c : {98, 0, -23, 233, 300, 120 - 256}) {
+      CheckAll(row.text, row.second, c);
+    }
   }
-  // A null text or prefix, or a haystack with a null or empty needle, as
-  // documented.
+  // A null text or prefix gives null or false. A null or empty needle is
+  // found at the start of any text, even one with no readable byte; a null
+  // text holds no needle.
   const unsigned short* none16 = nullptr;
-  for (const char* s : {kNullText, "", "a"}) {
-    EXPECT_FALSE(StrEqual(kNullText, s) || VarStrEqual(kNullText, s, false) ||
-                 VarStrEqual(s, kNullText, true) || StripPrefix(kNullText, s) ||
-                 StripPrefix(none16, s) || StripScheme(kNullText, s) ||
-                 StripWhitespace(kNullText) || StripAtMostTwoSlashes(kNullText))
-        << (s ? s : "null");
-  }
   const auto unreadable = Guarded8::Counted("abc", 0);
   const char* u = unreadable.get();
-  for (const char* needle : {kNullText, ""}) {
-    EXPECT_TRUE(VeskStrStr(u, needle) == u && VeskStrCaseStr(u, needle) == u &&
-                VeskStrStrIndex(u, needle) == 0 &&
-                VeskStrStrIndex(kNullText, needle) == kVeskStrNotFound);
+  for (const char* s : {kNullText, "", "a"}) {
+    SCOPED_TRACE(s ? "\"" + std::string(s) + "\"" : "null");
+    EXPECT_FALSE(StrEqual(kNullText, s));
+    EXPECT_FALSE(VarStrEqual(kNullText, s, false));
+    EXPECT_FALSE(VarStrEqual(s, kNullText, true));
+    EXPECT_EQ(StripPrefix(kNullText, s), nullptr);
+    EXPECT_EQ(StripPrefix(none16, s), nullptr);
+    EXPECT_EQ(StripScheme(kNullText, s), nullptr);
+    if (s != nullptr && *s != '\0') continue;  // the needles: null and ""
+    EXPECT_EQ(VeskStrStr(u, s), u);
+    EXPECT_EQ(VeskStrCaseStr(u, s), u);
+    EXPECT_EQ(VeskStrStrIndex(u, s), 0);
+    EXPECT_EQ(VeskStrStrIndex(kNullText, s), kVeskStrNotFound);
   }
+  EXPECT_EQ(StripWhitespace(kNullText), nullptr);
+  EXPECT_EQ(StripAtMostTwoSlashes(kNullText), nullptr);
+}
+
+// The character searches read `c` as a byte taken signed, -128 to 127:
+// 128 and 255 name no byte, whether plain char is signed or not.
+TEST(CTextTest, CharacterSearchesTakeTheByteSigned) {
+  const Guarded8 text("a\x80\x80\x7F\xFF\xFF");
+  const long kNone = kVeskStrNotFound;
+  const struct {
+    int c;
+    long first, last;
+  } kRows[] = {{-128, 1, 2},      {128, kNone, kNone}, {-129, kNone, kNone},
+               {127, 3, 3},       {-1, 4, 5},          {255, kNone, kNone},
+               {0, kNone, kNone}, {'a', 0, 0}};
+  const char* t = text.get();
+  for (const auto& row : kRows) {
+    const char* last = VeskStrRChr(t, row.c);
+    EXPECT_EQ(VeskStrChrIndex(t, row.c), row.first) << "c = " << row.c;
+    EXPECT_EQ(last ? last - t : kNone, row.last) << "c = " << row.c;
+  }
+}
+
+std::string Repeat(const std::string& piece, std::size_t length) {
+  std::string text;
+  while (text.size() < length) text += piece;
+  return text.substr(0, length);
+}
+
+// Texts that follow an unreadable page, shorter than a block: the scans
+// read no byte before the text.
+TEST(CTextTest, ScansReadNothingBeforeTheText) {
+  for (std::size_t length = 0; length < 70; ++length) {
+    const std::string text = Repeat("xaBcab", length);
+    const Guarded8 haystack(text, true, true);
+    for (const char* needle : {"cab", "aBcaB", "x", "abx"}) {
+      SCOPED_TRACE(testing::Message() << text << ", needle " << needle);
+      vesk_test::CheckSearches(haystack.get(), needle, 'c', false);
+    }
+  }
+}
+
+// Long needles of two letters in texts where every place is a near miss,
+// so that the block scan soon hands over to the two-way scan: the needle
+// planted at each place is found where std::string_view::find finds it,
+// also by the case-insensitive search in a text of capitals.
+TEST(CTextTest, TwoWayScanFindsTheNeedleAtEveryPlace) {
+  const struct {
+    const char* what;
+    std::string needle, lead;  // `lead` goes just before the needle
+  } kRows[] = {
+      {"a^20 b a^20", Repeat("a", 20) + "b" + Repeat("a", 20), ""},
+      {"(ab)^20 a", Repeat("ab", 41), ""},
+      {"(aab)^13 a", Repeat("aab", 40), ""},
+      {"a^40 ba", Repeat("a", 40) + "ba", ""},
+      {"ab^30 a", "a" + Repeat("b", 30) + "a", ""},
+      {"ab^31 after cb^31", "a" + Repeat("b", 31), "c" + Repeat("b", 31)},
+  };
+  for (const auto& row : kRows) {
+    const std::string planted = row.lead + row.needle;
+    std::string missed = row.needle;  // one letter changed halfway
+    missed[missed.size() / 2] ^= 'a' ^ 'b';
+    for (const std::string& filler : {Repeat(row.needle.substr(0, 1), 600),
+                                      Repeat(missed, 600), Repeat("ab", 600)}) {
+      for (std::size_t at = 0; at <= filler.size() - planted.size(); ++at) {
+        std::string text = filler;
+        text.replace(at, planted.size(), planted);
+        std::string capitals = text;
+        for (char& c : capitals) c = char(c - 'a' + 'A');
+        const std::size_t found = std::string_view(text).find(row.needle);
+        EXPECT_EQ(VeskStrStrIndex(text.c_str(), row.needle.c_str()),
+                  long(found))
+            << row.what << " at " << at << " in " << filler.substr(0, 45);
+        const char* upper = capitals.c_str();
+        EXPECT_EQ(VeskStrCaseStr(upper, row.needle.c_str()) - upper,
+                  long(found))
+            << row.what << " at " << at << " in " << filler.substr(0, 45);
+      }
+    }
+  }
+}
+
+// Checking every place of a^n b a in a text of a's costs n bytes a place;
+// the search hands over to the two-way scan and stays linear in the text,
+// so a needle 256 times longer takes about as long, not 256 times longer.
+TEST(CTextTest, SearchTimeDoesNotGrowWithTheNeedle) {
+  const std::string text(size_t{1} << 18, 'a');
+  const auto seconds = [&](std::size_t n) {
+    const std::string needle = std::string(n, 'a') + "ba";
+    double best = 1e9;
+    for (int run = 0; run < 3; ++run) {
+      const auto start = std::chrono::steady_clock::now();
+      EXPECT_EQ(VeskStrStr(text.c_str(), needle.c_str()), nullptr) << n;
+      EXPECT_EQ(VeskStrCaseStr(text.c_str(), needle.c_str()), nullptr) << n;
+      const std::chrono::duration<double> took =
+          std::chrono::steady_clock::now() - start;
+      best = std::min(best, took.count());
+    }
+    return best;
+  };
+  const double shortNeedle = seconds(16), longNeedle = seconds(4096);
+  EXPECT_LT(longNeedle, 8 * shortNeedle + 0.001)
+      << "a^16 ba: " << shortNeedle << " s, a^4096 ba: " << longNeedle << " s";
 }
 
 // Rows: a text, a count, and the value of the counted readers within it
 // and, for counts past the text, of every reader.
 TEST(CTextTest, NumberReaders) {
-  const std::tuple<const char*, unsigned long, long long> kRows[] = {
+  const struct {
+    const char* text;
+    unsigned long n;
+    long long value;
+  } kRows[] = {
       {"123x", 10, 123}, {"-45", 10, -45},
       {"+5", 10, 0},     {" 5", 10, 0},
       {"-", 10, 0},      {"12345", 3, 123},
@@ -138,38 +256,23 @@ TEST(CTextTest, NumberReaders) {
   EXPECT_EQ(ToInt(Guarded16(Guarded16::Units{'1', 0x130, 0x12D}).get()), 1);
 }
 
-// Copies and joins of texts at a page's edge, and a script string's text,
-// each in a block of just its size; nothing is asked of the heap for a
-// null or too large a text.
-TEST(CTextTest, HeapTexts) {
-  const auto made = [](char* text, unsigned long size) {
-    EXPECT_EQ(Pelgc::GetHeapStats().lastSize, size);
-    return vesk_test::TakeHeapText(text);
-  };
-  marlo::String empty(""), vm("h\xC3\xA9llo \xF0\x9F\x98\x80");
-  for (marlo::String* s : {static_cast<marlo::String*>(nullptr), &empty, &vm}) {
-    const std::string bytes = s == &vm ? "h\xC3\xA9llo \xF0\x9F\x98\x80" : "";
-    const unsigned long n = bytes.size(), half = n / 2;
-    const Guarded8 text(bytes), tail(bytes + "?");
-    const auto counted = Guarded8::Counted(bytes, half);
-    EXPECT_EQ(made(CreateStr(s), n + 1), bytes);
-    EXPECT_EQ(made(CreateStr(text.get()), n + 1), bytes);
-    EXPECT_EQ(made(ConcatStr(text.get(), tail.get()), 2 * n + 2),
-              bytes + bytes + "?");
-    EXPECT_EQ(made(CreateStr(counted.get(), half), half + 1),
-              bytes.substr(0, half));
-  }
-  EXPECT_EQ(made(CreateStr(5UL), 6), "");
+// Nothing is asked of the heap for a null or too large a text; a null
+// script string gives an empty text.
+TEST(CTextTest, HeapTextsOfNothing) {
+  using vesk_test::TakeHeapText;
+  EXPECT_EQ(TakeHeapText(CreateStr(static_cast<marlo::String*>(nullptr))), "");
   const auto unreadable = Guarded8::Counted("x", 0);
+  const char* u = unreadable.get();
   const unsigned long requests = Pelgc::GetHeapStats().requests;
-  // ULONG_MAX: n + 1 wraps to 0.
-  EXPECT_FALSE(CreateStr(kNullText) || CreateStr(kNullText, 5) ||
-               ConcatStr(kNullText, unreadable.get()) ||
-               ConcatStr(unreadable.get(), kNullText) || CreateStr(ULONG_MAX) ||
-               CreateStr(unreadable.get(), ULONG_MAX));
+  EXPECT_EQ(CreateStr(kNullText), nullptr);
+  EXPECT_EQ(CreateStr(kNullText, 5), nullptr);
+  EXPECT_EQ(ConcatStr(kNullText, u), nullptr);
+  EXPECT_EQ(ConcatStr(u, kNullText), nullptr);
+  EXPECT_EQ(CreateStr(ULONG_MAX), nullptr);  // n + 1 wraps to 0
+  EXPECT_EQ(CreateStr(u, ULONG_MAX), nullptr);
   EXPECT_THROW(static_cast<void>(CreateStr(4294967294UL)),
                Pelgc::ObjectTooLargeError);
-  EXPECT_THROW(static_cast<void>(CreateStr(unreadable.get(), 4294967294UL)),
+  EXPECT_THROW(static_cast<void>(CreateStr(u, 4294967294UL)),
                Pelgc::ObjectTooLargeError);
   EXPECT_EQ(Pelgc::GetHeapStats().requests, requests);
   // The largest count that is passed on; the heap's null comes back.

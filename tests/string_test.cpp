@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstring>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "host/vm_string.h"
@@ -18,7 +17,6 @@ using namespace std::string_literals;
 using namespace vesk_test;  // the helpers shared by the unit tests
 
 constexpr const char* kNull = nullptr;
-using Act = void (*)(VeskString&);  // what a row does to its string
 
 // A new string: zeroed for null, else the text in a buffer of just its size
 // or, empty, the shared empty text.
@@ -37,62 +35,90 @@ std::string EachByte(int upper = -1) {
   return bytes;
 }
 
-// Each row runs on a zeroed string `s` and names the state, the bytes and
-// the capacity that it must be left with.
-#define ROW(name, st, bytes, cap, ...) \
-  Row(name, Act([](VeskString& s) { __VA_ARGS__; }), State::st, bytes, cap)
-
-TEST(StringTest, StatesTextsAndCapacities) {
-  using Row = std::tuple<const char*, Act, State, std::string, int>;
-  const Row kRows[] = {
-    ROW("LengthReadsNoFurther", kOwn, "ab", 3,
-        s.Set(Guarded8::Counted("ab", 2).get(), 2)),
-    ROW("CopyOntoItself", kOwn, "ab\0cd"s, 257, Put(s, "ab\0cd"s); s.Copy(s)),
-    ROW("AssignedToItself", kOwn, "ab\0cd"s, 257, Put(s, "ab\0cd"s);
-        const VeskString& same = s; s = same),
-    ROW("NullVm", kSharedEmpty, "", 1, marlo::String* v = nullptr; s.Set(v)),
-    ROW("ScriptStringAsUtf8", kOwn, "x\xC3\xA9\xF0\x9F\x98\x80", 8,
-        const unsigned short units[] = {'x', 0xE9, 0xD83D, 0xDE00};
-        marlo::String vm(units, 4); s.Set(&vm)),
-    ROW("NulsAreAppended", kOwn, "a\0b"s, 257, s.AppendThreeChars("a\0b")),
-    ROW("Hex", kOwn, "9FA0", 257, s.AppendHexByte(0x9F); s.AppendHexByte(0xA0)),
-    ROW("Trimmed", kOwn, "a", 6, s = "a \t\r\n"; s.RemoveTrailingSpaces()),
-    ROW("VtFfStay", kOwn, "a\v\f", 4, s = "a\v\f"; s.RemoveTrailingSpaces()),
-    ROW("OnlySpaces", kOwn, "", 4, s = "   "; s.RemoveTrailingSpaces()),
-    // No write into the shared empty text (it would fault), nor a release.
-    ROW("ZeroedUntouched", kZeroed, "", 0, s.RemoveTrailingSpaces();
-        s.ToUpper(); s.ToLower()),
-    ROW("SharedEmptyUntouched", kSharedEmpty, "", 1, s = ""; s.Truncate(0);
-        s.RemoveTrailingSpaces(); s.ToUpper(); s.ToLower()),
-    ROW("FormatOfNothingZeroes", kZeroed, "", 0, s = "abc"; s.Format("")),
-    ROW("Upper", kOwn, EachByte(1), 256, s = EachByte().data(); s.ToUpper()),
-    ROW("Lower", kOwn, EachByte(0), 256, s = EachByte().data(); s.ToLower()),
-    ROW("LowerToTheNul", kOwn, "hi\0AB"s, 257, Put(s, "Hi\0AB"s); s.ToLower()),
-  };
-  for (const auto& [name, act, state, bytes, capacity] : kRows) {
-    VeskString s;
-    act(s);
-    ExpectString(s, state, bytes, capacity, name);
+// The operation `op` on the zeroed string `s`.
+void Change(char op, VeskString& s) {
+  const unsigned short units[] = {'x', 0xE9, 0xD83D, 0xDE00};
+  marlo::String vm(units, 4);
+  const VeskString& same = s;
+  switch (op) {
+    case 'g': s.Set(Guarded8::Counted("ab", 2).get(), 2); break;
+    case 'c': Put(s, "ab\0cd"s), s.Copy(s); break;
+    case '=': Put(s, "ab\0cd"s), s = same; break;
+    case '0': s.Set(static_cast<marlo::String*>(nullptr)); break;
+    case 'v': s.Set(&vm); break;
+    case '3': s.AppendThreeChars("a\0b"); break;
+    case 'x': s.AppendHexByte(0x9F), s.AppendHexByte(0xA0); break;
+    case 'T': s = "abcdef", s.Truncate(9), s.Truncate(2); break;
+    case 'o': s = "abcdef", s.Set(s.Text() + 2, 3); break;
+    case 'O': s = "abcdef", s.Set(s.Text() + 2, -1), s.AppendChar('g'); break;
+    case 't': s = "a \t\r\n", s.RemoveTrailingSpaces(); break;
+    case 'f': s = "a\v\f", s.RemoveTrailingSpaces(); break;
+    case ' ': s = "   ", s.RemoveTrailingSpaces(); break;
+    case 'z': s.RemoveTrailingSpaces(), s.ToUpper(), s.ToLower(); break;
+    case 'e': s = "", s.Truncate(0), s.RemoveTrailingSpaces(); break;
+    case 'E': s = "", s.ToUpper(), s.ToLower(); break;
+    case 'F': s = "abc", s.Format(""); break;
+    case 'r': s = "abc", s.Format("%s-%d", "x", 7); break;
+    case 'U': s = EachByte().data(), s.ToUpper(); break;
+    case 'L': s = EachByte().data(), s.ToLower(); break;
+    case 'l': Put(s, "Hi\0AB"s), s.ToLower(); break;
+    case 'p': s.AppendFormat("%p|%p", kNull, (void*)0xDEADBEEFul); break;
+    case 's': s.AppendFormat("[%s][%s]", "abc", kNull); break;
+    case '%': s.AppendFormat("%f|%f|%f", 1.5, 0.1, 0.0); break;
+    case '#': s.AppendFormat("%3%3%3", "ab", "abcd", kNull); break;
+    case 'n': s.AppendFormat(nullptr); break;
+    case 'i': s.AppendFormat("%d|%x|", INT_MIN, INT_MIN); break;
+    case 'd': s.AppendNDigits(INT_MIN, 12), s.AppendDouble(-1.5e-7); break;
+    default: ADD_FAILURE() << "no operation " << op;
   }
 }
 
-#undef ROW
-
-// Rows: a buffer of `capacity` bytes holding `length` bytes, and what it
-// grows to on an append by AppendChar or by one AppendString.
-TEST(StringTest, GrowthRule) {
-  const std::tuple<int, int, std::string, bool, int> kRows[] = {
-      {1023, 1022, "b", true, 1279},    {1024, 1023, "b", true, 1536},
-      {7777, 7776, "b", true, 11665},   {10, 0, "123456789", true, 10},
-      {10, 0, "1234567890", true, 266}, {10, 0, "123456789", false, 266},
-      {10, 0, "12345678", false, 10},   {1024, 1021, "bc", false, 1536},
+// Each row runs on a zeroed string and names the state, the bytes and the
+// capacity that it must be left with. No operation writes into the shared
+// empty text (it would fault) or releases it.
+TEST(StringTest, StatesTextsAndCapacities) {
+  const struct {
+    char op;
+    const char* name;
+    State state;
+    std::string bytes;
+    int capacity;
+  } kRows[] = {
+      {'g', "LengthReadsNoFurther", State::kOwn, "ab", 3},
+      {'c', "CopyOntoItself", State::kOwn, "ab\0cd"s, 257},
+      {'=', "AssignedToItself", State::kOwn, "ab\0cd"s, 257},
+      {'0', "NullVm", State::kSharedEmpty, "", 1},
+      {'v', "ScriptStringAsUtf8", State::kOwn, "x\xC3\xA9\xF0\x9F\x98\x80", 8},
+      {'3', "NulsAreAppended", State::kOwn, "a\0b"s, 257},
+      {'x', "Hex", State::kOwn, "9FA0", 257},
+      {'T', "TruncatedOnlyShorter", State::kOwn, "ab", 7},
+      {'o', "SetFromItsOwnText", State::kOwn, "cde", 7},
+      {'O', "SetFromItsOwnTextToTheNul", State::kOwn, "cdefg", 7},
+      {'t', "Trimmed", State::kOwn, "a", 6},
+      {'f', "VtFfStay", State::kOwn, "a\v\f", 4},
+      {' ', "OnlySpaces", State::kOwn, "", 4},
+      {'z', "ZeroedUntouched", State::kZeroed, "", 0},
+      {'e', "SharedEmptyUntrimmed", State::kSharedEmpty, "", 1},
+      {'E', "SharedEmptyUnfolded", State::kSharedEmpty, "", 1},
+      {'F', "FormatOfNothingZeroes", State::kZeroed, "", 0},
+      {'r', "FormatReplaces", State::kOwn, "x-7", 258},
+      {'U', "Upper", State::kOwn, EachByte(1), 256},
+      {'L', "Lower", State::kOwn, EachByte(0), 256},
+      {'l', "LowerToTheNul", State::kOwn, "hi\0AB"s, 257},
+      {'p', "%p|%p of null, 0xDEADBEEF", State::kOwn, "0x0|0xdeadbeef", 259},
+      {'s', "[%s][%s] of abc, null", State::kOwn, "[abc][]", 257},
+      {'%', "%f|%f|%f of 1.5, 0.1, 0", State::kOwn, "1.5|0.1|0", 260},
+      {'#', "%3%3%3 of ab, abcd, null", State::kOwn, "ab\0abc"s, 257},
+      {'n', "null format", State::kZeroed, "", 0},
+      {'i', "%d|%x| of INT_MIN", State::kOwn, "-2147483648|ffffffff80000000|",
+       257},
+      {'d', "AppendNDigits(INT_MIN, 12), AppendDouble(-1.5e-7)", State::kOwn,
+       "0-2147483648-1.5e-7", 257},
   };
-  for (const auto& [capacity, length, appended, asChars, grown] : kRows) {
-    VeskString t(capacity);
-    Put(t, std::string(size_t(length), 'a') + (asChars ? appended : ""));
-    if (!asChars) t.AppendString(appended.c_str());
-    EXPECT_EQ(t.Capacity(), grown) << capacity << " " << appended;
-    EXPECT_EQ(Bytes(t), std::string(size_t(length), 'a') + appended);
+  for (const auto& row : kRows) {
+    VeskString s;
+    Change(row.op, s);
+    ExpectString(s, row.state, row.bytes, row.capacity, row.name);
   }
 }
 
@@ -109,57 +135,44 @@ TEST(StringTest, SecureClearZeroesTheWholeBufferBeforeReleasingIt) {
   EXPECT_EQ(released, std::string(10, '\0'));
 }
 
-// Each row appends to a string holding "~".
-#define ROW(bytes, ...) \
-  Row(#__VA_ARGS__, Act([](VeskString& s) { __VA_ARGS__; }), bytes)
-
+// What the appends add to a string holding "~".
 TEST(StringTest, Appends) {
-  using Row = std::tuple<const char*, Act, std::string>;
-  const Row kRows[] = {
-    ROW("0x0|0xdeadbeef",
-        s.AppendFormat("%p|%p", kNull, reinterpret_cast<void*>(0xDEADBEEFul))),
-    ROW("[abc][]", s.AppendFormat("[%s][%s]", "abc", kNull)),
-    ROW("1.5|0.1|0", s.AppendFormat("%f|%f|%f", 1.5, 0.1, 0.0)),
-    ROW("ab\0abc"s, s.AppendFormat("%3%3%3", "ab", "abcd", kNull)),
-    ROW("", s.AppendFormat(nullptr)),
-    ROW("-2147483648|ffffffff80000000|0-2147483648",
-        s.AppendFormat("%d|%x|", INT_MIN, INT_MIN);
-        s.AppendNDigits(INT_MIN, 12)),
-    ROW("-1.5e-7", s.AppendDouble(-1.5e-7)),
-  };
-  for (const auto& [call, append, expected] : kRows) {
-    VeskString s("~");
-    append(s);
-    EXPECT_EQ(Bytes(s), "~" + expected) << call;
-  }
   // What AppendFormat adds for a format and one int, which it may not read.
-  const std::tuple<std::string, const char*, int> kOneInt[] = {
-      {"42%", "%d%%", 42}, {"ff", "%x", 255},  {"a\0b"s, "a%cb", 0x100},
-      {"t", "%b", 2},      {"f", "%b", 0},     {"05", "%2", 5},
-      {"d7", "%5d%d", 7},  {"x", "%\xe9x", 0}, {"ab", "ab%", 0},
+  const struct {
+    const char* format;
+    int value;
+    std::string expected;
+  } kOneInt[] = {
+      {"%d%%", 42, "42%"}, {"%x", 255, "ff"},  {"a%cb", 0x100, "a\0b"s},
+      {"%b", 2, "t"},      {"%b", 0, "f"},     {"%2", 5, "05"},
+      {"%5d%d", 7, "d7"},  {"%\xe9x", 0, "x"}, {"ab%", 0, "ab"},
   };
-  for (const auto& [expected, format, value] : kOneInt) {
+  for (const auto& row : kOneInt) {
     VeskString s("~");
-    s.AppendFormat(format, value);
-    EXPECT_EQ(Bytes(s), "~" + expected) << format << " " << value;
+    s.AppendFormat(row.format, row.value);
+    EXPECT_EQ(Bytes(s), "~" + row.expected) << row.format << " " << row.value;
   }
   // What AppendInt (radix) or, with `digits`, AppendNDigits adds.
-  const std::tuple<std::string, long, int, bool> kIntegers[] = {
-      {"-10", -10, 10, false}, {"101010", 42, 2, false}, {"aa", 120, 11, false},
-      {"zz", 1295, 36, false}, {"", 5, 37, false},       {"", 5, 1, false},
-      {"07", 7, 2, true},      {"0-5", -5, 3, true},     {"-5", -5, 2, true},
-      {"5", 5, INT_MIN, true},
+  const struct {
+    long value;
+    int n;
+    bool digits;
+    std::string expected;
+  } kIntegers[] = {
+      {-10, 10, false, "-10"}, {42, 2, false, "101010"}, {120, 11, false, "aa"},
+      {1295, 36, false, "zz"}, {5, 37, false, ""},       {5, 1, false, ""},
+      {7, 2, true, "07"},      {-5, 3, true, "0-5"},     {-5, 2, true, "-5"},
+      {5, INT_MIN, true, "5"},
   };
-  for (const auto& [expected, value, n, digits] : kIntegers) {
+  for (const auto& row : kIntegers) {
     VeskString s("~");
-    digits ? s.AppendNDigits(int(value), n) : s.AppendInt(value, n);
-    EXPECT_EQ(Bytes(s), "~" + expected) << value << " " << n << " " << digits;
+    row.digits ? s.AppendNDigits(int(row.value), row.n)
+               : s.AppendInt(row.value, row.n);
+    EXPECT_EQ(Bytes(s), "~" + row.expected)
+        << row.value << ", " << row.n << (row.digits ? " digits" : " radix");
   }
 }
 
-#undef ROW
-
-// Rows: two strings, a zeroed one written as null, and how they compare.
 // The decimal writers take eight digits a step for long numbers: every
 // power of ten, either side of it and both ends of the range show each
 // step's digits.
@@ -179,55 +192,71 @@ TEST(StringTest, DecimalsAgreeWithTheLibraryAtEveryPowerOfTen) {
   }
 }
 
+// Rows: two strings, a zeroed one written as null, and how they compare:
+// "=", "<", ">", or "" when none holds.
 TEST(StringTest, ComparisonsAndCharacterCodes) {
-  // Order: "=", "<", ">", or "" when none holds.
-  using Row = std::tuple<const char*, std::string, const char*, std::string>;
-  const Row kRows[] = {
+  const struct {
+    const char* textA;
+    std::string bytesA;
+    const char* textB;
+    std::string order;
+  } kRows[] = {
       {kNull, "", kNull, "="},    {kNull, "", "", ""},
       {"", "", kNull, ""},        {kNull, "", "a", "<"},
       {"Z", "Z", "a", "<"},       {"ab", "ab", "abc", "<"},
       {"\xE9", "\xE9", "z", ">"}, {"ab\0c", "ab\0c"s, "ab", "="},
   };
-  for (const auto& [textA, bytesA, textB, order] : kRows) {
-    VeskString a, b(textB);
-    if (textA != nullptr) Put(a = "", bytesA);
-    if (textB == nullptr) b.Clear();
-    SCOPED_TRACE(bytesA + " and " + (textB ? textB : "(zeroed)"));
-    const bool equal = order == "=";
-    EXPECT_EQ(std::make_tuple(a == b, b == a, a < b, b < a),
-              std::make_tuple(equal, equal, order == "<", order == ">"));
-    EXPECT_TRUE(a == a && !(a < a) && a == a.Text());
-    EXPECT_EQ(a == textB, textB ? order == "=" : textA == nullptr);
+  for (const auto& row : kRows) {
+    VeskString a, b(row.textB);
+    if (row.textA != nullptr) Put(a = "", row.bytesA);
+    if (row.textB == nullptr) b.Clear();
+    SCOPED_TRACE(row.bytesA + " and " + (row.textB ? row.textB : "(zeroed)"));
+    const bool equal = row.order == "=";
+    EXPECT_EQ(
+        std::make_tuple(a == b, b == a, a < b, b < a),
+        std::make_tuple(equal, equal, row.order == "<", row.order == ">"));
+    EXPECT_EQ(std::make_tuple(a == a, a < a, a == a.Text()),
+              std::make_tuple(true, false, true));
+    EXPECT_EQ(a == row.textB, row.textB ? equal : row.textA == nullptr);
   }
-  const VeskString zeroed, codes("A\xE9");  // bytes read as signed
-  EXPECT_EQ(std::make_pair(codes.CharCodeAt(0), codes.CharCodeAt(1)),
-            std::make_pair(65.0, -23.0));
-  for (double nan :
-       {codes.CharCodeAt(2), codes.CharCodeAt(-1), zeroed.CharCodeAt(0)}) {
-    EXPECT_TRUE(std::isnan(nan));
-  }
+  // The byte at an index, read signed; NaN outside the text.
+  const VeskString zeroed, codes("A\xE9");
+  EXPECT_EQ(codes.CharCodeAt(0), 65.0);
+  EXPECT_EQ(codes.CharCodeAt(1), -23.0);
+  for (int i : {2, -1}) EXPECT_TRUE(std::isnan(codes.CharCodeAt(i))) << i;
+  EXPECT_TRUE(std::isnan(zeroed.CharCodeAt(0)));
 }
 
 TEST(StringTest, SlicesAndCharactersFromCodes) {
   VeskString hello("hello"), zeroed, nul("a");
   Put(nul, "\0bc"s);
   // Rows: a string, a start and an end, and the slice (null: zeroed).
-  const std::tuple<const VeskString*, int, int, const char*> kSlices[] = {
+  const struct {
+    const VeskString* s;
+    int start, end;
+    const char* slice;
+  } kSlices[] = {
       {&hello, 0, 0, "h"},     {&hello, 0, -1, "hello"}, {&hello, 0, 5, kNull},
       {&hello, 3, 2, kNull},   {&hello, -1, 2, kNull},   {&hello, 5, -1, kNull},
       {&zeroed, 0, -1, kNull}, {&nul, 1, 3, ""},         {&nul, 0, 2, "a"},
   };
-  for (const auto& [s, start, end, expected] : kSlices) {
-    ExpectText(s->SubString(start, end), expected,
-               std::to_string(start) + ", " + std::to_string(end));
+  for (const auto& row : kSlices) {
+    ExpectText(row.s->SubString(row.start, row.end), row.slice,
+               testing::PrintToString(Bytes(*row.s)) + " from " +
+                   std::to_string(row.start) + " to " +
+                   std::to_string(row.end));
   }
-  const std::pair<double, const char*> kCodes[] = {
+  const struct {
+    double code;
+    const char* text;
+  } kCodes[] = {
       {65.9, "A"},         {-191, "A"},         {INT_MAX, "\xFF"},
       {-0.9, ""},          {256, ""},           {VeskNaN(), ""},
       {INT_MAX + 1.0, ""}, {INT_MIN - 0.5, ""}, {HUGE_VAL, ""},
   };
-  for (const auto& [code, expected] : kCodes) {
-    ExpectText(VeskString::CharFromCode(code), expected, std::to_string(code));
+  for (const auto& row : kCodes) {
+    ExpectText(VeskString::CharFromCode(row.code), row.text,
+               std::to_string(row.code));
   }
 }
 

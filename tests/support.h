@@ -71,25 +71,31 @@ class ScopedCodePage {
 };
 
 // A text whose last unit is the last readable one before a page that
-// faults on any access, so that a read past it crashes the test. Its own
-// page is read-only, so a write into it crashes too.
+// faults on any access, so that a read past it crashes the test; or, with
+// `atPageStart`, whose first unit follows such a page, so that a read
+// before it crashes. Its own page is read-only, so a write into it crashes
+// too.
 template <typename Unit>
 class GuardedText {
  public:
   using Units = std::basic_string<Unit>;
 
-  // Copies `units`, and a terminator when `terminate`, to the page end.
-  explicit GuardedText(const Units& units, bool terminate = true) {
+  // Copies `units`, and a terminator when `terminate`, to the page's edge.
+  explicit GuardedText(const Units& units, bool terminate = true,
+                       bool atPageStart = false) {
     const std::size_t count = units.size() + (terminate ? 1 : 0);
     void* map = mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (map == MAP_FAILED || count * sizeof(Unit) > m_page) std::abort();
     m_base = static_cast<char*>(map);
-    m_text = reinterpret_cast<Unit*>(m_base + m_page) - count;
+    m_text =
+        reinterpret_cast<Unit*>(m_base + m_page) - (atPageStart ? 0 : count);
     std::copy(units.begin(), units.end(), m_text);
     if (terminate) m_text[units.size()] = 0;
-    if (mprotect(m_base, m_page, PROT_READ) != 0 ||
-        mprotect(m_base + m_page, m_page, PROT_NONE) != 0) {
+    char* const own = atPageStart ? m_base + m_page : m_base;
+    char* const guard = atPageStart ? m_base : m_base + m_page;
+    if (mprotect(own, m_page, PROT_READ) != 0 ||
+        mprotect(guard, m_page, PROT_NONE) != 0) {
       std::abort();
     }
   }

@@ -9,14 +9,13 @@ trap 'rm -rf "$work"' EXIT
 rows=0 failures=0
 
 # Runs the tool on "$@" with $input, printf %b escapes expanded, on
-# standard input.
+# standard input; or, on a row's failure, says what it expected and shows
+# what the tool printed.
 input=''
 run() {
   printf '%b' "$input" | "$tool" "$@" >"$work/out" 2>"$work/err"
-  status=$?
-  rows=$((rows + 1))
+  status=$? rows=$((rows + 1))
 }
-
 fail() {
   failures=$((failures + 1))
   echo "FAIL: vesktext$(printf ' %q' "${@:2}"): $1"
@@ -27,44 +26,28 @@ fail() {
 # ok EXPECTED ARGS...: status 0, nothing on stderr, and standard output is
 # EXPECTED with printf %b escapes, each line ending in a newline.
 ok() {
-  local expected=$1; shift
-  run "$@"
+  run "${@:2}"
   [ "$status" -eq 0 ] && [ ! -s "$work/err" ] &&
-    cmp -s "$work/out" <(printf '%b\n' "$expected") ||
-    fail "expected status 0 and output '$expected'" "$@"
+    cmp -s "$work/out" <(printf '%b\n' "$1") ||
+    fail "expected status 0 and output '$1'" "${@:2}"
 }
 
 # usage MESSAGE ARGS...: status 2, nothing on standard output, and standard
 # error is "vesktext: MESSAGE" and then the usage.
 usage() {
-  local message=$1; shift
-  run "$@"
+  run "${@:2}"
   [ "$status" -eq 2 ] && [ ! -s "$work/out" ] &&
-    [ "$(head -n 1 "$work/err")" = "vesktext: $message" ] &&
+    [ "$(head -n 1 "$work/err")" = "vesktext: $1" ] &&
     sed -n 2p "$work/err" | grep -q '^usage: vesktext ' ||
-    fail "expected usage error '$message'" "$@"
+    fail "expected usage error '$1'" "${@:2}"
 }
 
 # fails OUTPUT ERROR ARGS...: status 1, OUTPUT (%b escapes) as the first
 # line of standard output, and ERROR as a whole line of standard error.
 fails() {
-  local output=$1 error=$2; shift 2
-  run "$@"
-  [ "$status" -eq 1 ] && [ "$(head -n 1 "$work/out")" = "$(printf '%b' "$output")" ] &&
-    grep -qxF -- "$error" "$work/err" || fail "expected '$error'" "$@"
-}
-
-# help COMMAND: --help and -h print the command's usage first, status 0,
-# in lines that fit 80 columns.
-help() {
-  local flag
-  for flag in --help -h; do
-    run "$@" "$flag"
-    [ "$status" -eq 0 ] && [ ! -s "$work/err" ] &&
-      head -n 1 "$work/out" | grep -qF "usage: vesktext [--codepage NAME] $1" &&
-      ! grep -q '^.\{80\}' "$work/out" ||
-      fail "expected the help of $1" "$@" "$flag"
-  done
+  run "${@:3}"
+  [ "$status" -eq 1 ] && [ "$(head -n 1 "$work/out")" = "$(printf '%b' "$1")" ] &&
+    grep -qxF -- "$2" "$work/err" || fail "expected '$2'" "${@:3}"
 }
 
 # The code pages, from the one list of them that --help prints.
@@ -72,7 +55,6 @@ pages=$("$tool" --help | sed -n '/^code pages:/,/^$/s/^  \([^ ]*\).*/\1/p')
 
 ok 'caf%C3%A9' form 'café'
 ok 'a%20b%2D%2E%5F%7E' form --percent-space 'a b-._~'
-ok 'caf%E9' form --convert 'café'
 ok 'caf%C3%A9' form --convert --content-version 5 'café'
 ok '%82%A0' form --codepage shift_jis --convert 'あ'
 ok '%FF' form --convert $'\xff'
@@ -100,7 +82,6 @@ ok 'p?n%E9v=%E9' query --convert p 'név=é'
 ok 'p?n%C3%A9v=%C3%A9' query p 'név=é'
 ok 'base' query base
 
-ok 'id=5&n=x' format 'id=%d&n=%s' d:5 s:x
 ok 'ff ffffffffffffffff -2147483648' format '%x %x %d' x:255 x:-1 d:-2147483648
 ok 'AA tf 05 -5 123' format '%c%c %b%b %2 %2 %2' c:65 c:321 b:-1 b:0 2:5 2:-5 2:123
 ok 'a\0b[]abc' format 'a%cb[%s]%3' c:0 s: 3:abcd
@@ -175,8 +156,15 @@ ok "vesktext $version" --version
 run --help
 [ "$status" -eq 0 ] && grep -q '^  format ' "$work/out" &&
   grep -q '^  shift_jis  *sjis cp932$' "$work/out" || fail "expected the help" --help
+# Each command's --help and -h: its usage first, status 0, in lines that
+# fit 80 columns.
 for command in form high escape upper128 url query format strip parse decode; do
-  help "$command"
+  for flag in --help -h; do
+    run "$command" "$flag"
+    [ "$status" -eq 0 ] && [ ! -s "$work/err" ] && ! grep -q '^.\{80\}' "$work/out" &&
+      head -n 1 "$work/out" | grep -qF "usage: vesktext [--codepage NAME] $command" ||
+      fail "expected the help of $command" "$command" "$flag"
+  done
 done
 
 echo "$rows rows, $failures failed"
