@@ -10,6 +10,7 @@
 #include <boost/url/encode.hpp>
 #include <boost/url/grammar/lut_chars.hpp>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -18,6 +19,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/kernels.h"
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
 #include "host/text_services.h"
@@ -590,6 +592,12 @@ void AddSearches() {
 
 int main(int argc, char** argv) {
   vesktext::KeepLargeBlocksInHeap();  // as the tool does
+  if (!vesk::ForceFormFromEnvironment()) {
+    std::fprintf(
+        stderr,
+        "vesk_bench: VESK_KERNELS names a form this machine does not run\n");
+    return 2;
+  }
   AddAppends();
   AddNumberText();
   AddEncoders();

@@ -1,7 +1,6 @@
 // The choice of the kernels' form, made once per process.
 #include "kernels.h"
 
-#include <cstdlib>
 #include <cstring>
 
 namespace vesk {
@@ -30,29 +29,23 @@ bool FormRuns(Form form) {
   }
 }
 
-// The form VESK_KERNELS names; null when it is unset or empty.
-const char* ForcedForm() {
-  const char* forced = std::getenv("VESK_KERNELS");
-  return forced != nullptr && forced[0] != '\0' ? forced : nullptr;
-}
-
-Form ChooseForm() {
-  const char* forced = ForcedForm();
+Form WidestForm() {
   Form widest = Form::kScalar;
   for (int i = 0; i <= static_cast<int>(Form::kNeon); ++i) {
-    const auto form = static_cast<Form>(i);
-    if (!FormRuns(form)) continue;
-    if (forced != nullptr && std::strcmp(forced, FormName(form)) == 0) {
-      return form;
-    }
-    widest = form;
+    if (FormRuns(static_cast<Form>(i))) widest = static_cast<Form>(i);
   }
   return widest;
 }
 
-bool ForcedFormRuns() {
-  const char* forced = ForcedForm();
-  return forced == nullptr || std::strcmp(forced, FormName(g_form)) == 0;
+bool ForceForm(const char* name) {
+  for (int i = 0; i <= static_cast<int>(Form::kNeon); ++i) {
+    const auto form = static_cast<Form>(i);
+    if (std::strcmp(name, FormName(form)) == 0 && FormRuns(form)) {
+      g_form = form;
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace vesk

@@ -21,6 +21,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "veskstring.h"
 
@@ -102,20 +103,30 @@ struct ScalarReference {
 
 enum class Form : unsigned char { kScalar, kSse2, kAvx2, kNeon };
 
-// Which form this process runs: the widest the build and the processor
-// have, unless the environment variable VESK_KERNELS names another
-// ("scalar", "sse2", "avx2" or "neon") that both have. Asked once.
-Form ChooseForm();
+// The widest form that both this build and this processor have.
+Form WidestForm();
 const char* FormName(Form form);
 // Whether this build has the form and this processor runs it.
 bool FormRuns(Form form);
-// False when VESK_KERNELS names a form that this process does not run, so
-// that a test run forcing it is skipped rather than run with another form.
-bool ForcedFormRuns();
+// Makes the process run the form named ("scalar", "sse2", "avx2" or
+// "neon") from now on, so that tests and measurements can hold each form
+// to the same cases. False, changing nothing, for a name that is not a
+// form this process runs. Call it before the module is used.
+bool ForceForm(const char* name);
 
-// Set at dynamic initialisation. Code run from other files' static
-// initialisers before it reads kScalar, which is exact like every form.
-inline const Form g_form = ChooseForm();
+// For the test and benchmark programs, not the module, which reads no
+// environment: forces the form that VESK_KERNELS names, if it names one.
+// False when it names a form that this process does not run, so that a run
+// meant for that form is skipped rather than run with another.
+inline bool ForceFormFromEnvironment() {
+  const char* name = std::getenv("VESK_KERNELS");
+  return name == nullptr || name[0] == '\0' || ForceForm(name);
+}
+
+// The form that Dispatch runs, set at dynamic initialisation. Code run from
+// other files' static initialisers before it reads kScalar, which is exact
+// like every form.
+inline Form g_form = WidestForm();
 
 // Every call inside is inlined: without it g++ left the AVX2 kernels out of
 // line, a call per block (docs/PERFORMANCE.md).

@@ -23,7 +23,8 @@ class HeapBalanceListener : public testing::EmptyTestEventListener {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (!vesk::ForcedFormRuns()) return 77;  // skipped: that form cannot run
+  if (!vesk::ForceFormFromEnvironment())
+    return 77;  // skipped: that form cannot run
   std::printf("kernels: %s\n", vesk::FormName(vesk::g_form));
   testing::InitGoogleTest(&argc, argv);
   testing::UnitTest::GetInstance()->listeners().Append(new HeapBalanceListener);

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "host/text_services.h"
 #include "core/veskstring.h"
+#include "host/text_services.h"
 
 class VeskString;
 
