@@ -23,7 +23,6 @@
 #include "core/veskstring.h"
 #include "host/memory_manager.h"
 #include "host/text_services.h"
-#include "tools/heap_tuning.h"
 
 namespace {
 
@@ -591,7 +590,7 @@ void AddSearches() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  vesktext::KeepLargeBlocksInHeap();  // as the tool does
+  Pelgc::KeepLargeBlocksInHeap();  // as the tool does
   if (!vesk::ForceFormFromEnvironment()) {
     std::fprintf(
         stderr,

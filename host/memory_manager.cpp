@@ -6,6 +6,8 @@
 // registry. Nothing here changes a process-wide setting of the C heap.
 #include "memory_manager.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -168,6 +170,11 @@ void InjectHeapFault(unsigned long skip, HeapFault fault, bool persistent) {
 void ClearHeapFault() {
   std::lock_guard<std::mutex> lock(g_mutex);
   g_faultArmed.store(false, std::memory_order_release);
+}
+
+void KeepLargeBlocksInHeap() {
+  mallopt(M_MMAP_THRESHOLD, 64 << 20);
+  mallopt(M_TRIM_THRESHOLD, 128 << 20);
 }
 
 }  // namespace Pelgc

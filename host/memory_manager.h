@@ -79,6 +79,14 @@ void SetReleaseObserver(ReleaseObserver observer);
 using RequestObserver = void (*)(unsigned long size, FixedMallocOpts opts);
 void SetRequestObserver(RequestObserver observer);
 
+// ---- Default host: heap tuning ---------------------------------------------
+// For programs that grow large strings (the tool, the benchmark), called
+// first thing in their main; the module never calls it, so a program that
+// does not asks for no process-wide setting. A growing string gives back
+// each block for one half as large again: kept in the heap rather than
+// mapped anew, their pages are reused instead of faulted in again.
+void KeepLargeBlocksInHeap();
+
 // ---- Default host: fault injection -----------------------------------------
 
 enum class HeapFault {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "cli.h"
-#include "heap_tuning.h"
 #include "host/memory_manager.h"
 
 namespace vesktext {
@@ -146,8 +145,8 @@ void PrintHelp(const Command* command) {
     }
     return;
   }
-  std::fputs("Runs one operation of the text module over texts.\n\n", stdout);
-  std::fputs("commands:\n", stdout);
+  std::fputs("Runs one operation of the text module over texts.\n\ncommands:\n",
+             stdout);
   for (const Command& each : Commands()) {
     std::printf("  %-9s %s\n", each.name, each.summary);
   }
@@ -216,12 +215,6 @@ int Run(const std::vector<std::string>& args, const Command** command) {
   return (*command)->run(invocation);
 }
 
-// What stopped a run, in the user's words: the host's own errors are not.
-std::string FailureMessage(const std::exception& error) {
-  const char* heap = HeapFailure();
-  return heap != nullptr ? heap : error.what();
-}
-
 // Every block the tool took from the host heap must be back by now.
 int CheckHeap(int status) {
   const unsigned long live = Pelgc::GetHeapStats().live;
@@ -235,7 +228,7 @@ int CheckHeap(int status) {
 
 int main(int argc, char** argv) {
   using namespace vesktext;
-  KeepLargeBlocksInHeap();
+  Pelgc::KeepLargeBlocksInHeap();
   const std::vector<std::string> args(argv + 1, argv + argc);
   const Command* command = nullptr;
   int status = 1;
@@ -248,9 +241,9 @@ int main(int argc, char** argv) {
     PrintUsage(stderr, command);
     return 2;
   } catch (const std::exception& error) {
-    const std::string message = FailureMessage(error);
+    const char* heap = HeapFailure();  // the host's words are not a user's
     std::fflush(stdout);  // the output before the failure comes first
-    std::fprintf(stderr, "vesktext: %s\n", message.c_str());
+    std::fprintf(stderr, "vesktext: %s\n", heap ? heap : error.what());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
     std::fputs("vesktext: cannot write standard output\n", stderr);
