@@ -36,14 +36,12 @@ inline std::string TakeHeapText(char* text) {
   return bytes;
 }
 
-// The address every string in the shared-empty state points at: a static
-// text, which outlives the empty string that shows it.
-inline const char* SharedEmpty() { return VeskString("").Text(); }
-
+// Every string in the shared-empty state points at one static text, which
+// outlives the empty string that shows it.
 enum class State { kZeroed, kSharedEmpty, kOwn };
 inline State StateOf(const VeskString& s) {
   if (s.Text() == nullptr) return State::kZeroed;
-  return s.Text() == SharedEmpty() ? State::kSharedEmpty : State::kOwn;
+  return s.Text() == VeskString("").Text() ? State::kSharedEmpty : State::kOwn;
 }
 
 // The state, the text and the capacity, with the invariants of the state.
