@@ -35,15 +35,12 @@ export PKG_CONFIG_LIBDIR
 configure_and_build pkg_config -DUSE_PKG_CONFIG=ON
 check pkg_config "$work/pkg_config/consumer"
 
-flags=$(pkg-config --cflags --libs vesktext)
-# shellcheck disable=SC2086  # flag lists split on purpose
-"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags -o "$work/direct"
-check pkg_config_command_line "$work/direct"
-
-flags=$(pkg-config --cflags --libs vesktext-core)
-# shellcheck disable=SC2086  # flag lists split on purpose
-"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags \
-  -lvesktext-default-host -o "$work/direct_core"
-check pkg_config_core_command_line "$work/direct_core"
+# The whole module, then the core with the default host named by hand.
+for package in vesktext 'vesktext-core -lvesktext-default-host'; do
+  # shellcheck disable=SC2086,SC2046  # flag lists split on purpose
+  "$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" \
+    $(pkg-config --cflags --libs ${package% *}) ${package#* } -o "$work/direct"
+  check "pkg_config command line: $package" "$work/direct"
+done
 
 "$stage/bin/vesktext" --version

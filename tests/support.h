@@ -22,6 +22,13 @@ inline std::string Bytes(const VeskString& s) {
   return s.Text() ? std::string(s.Text(), size_t(s.Length())) : "";
 }
 
+// `piece` repeated up to `length` bytes, the last copy cut short.
+inline std::string Repeat(const std::string& piece, std::size_t length) {
+  std::string text;
+  while (text.size() < length) text += piece;
+  return text.substr(0, length);
+}
+
 // Appends `bytes` one by one, NULs included.
 inline void Put(VeskString& s, const std::string& bytes) {
   for (char c : bytes) s.AppendChar(c);
