@@ -62,17 +62,13 @@ inline void ExpectString(const VeskString& s, State state,
 }
 
 // Sets the host code page for its scope.
-class ScopedCodePage {
- public:
-  explicit ScopedCodePage(const char* name) : m_previous(HostCodePage()) {
+struct ScopedCodePage {
+  explicit ScopedCodePage(const char* name) : previous(HostCodePage()) {
     EXPECT_TRUE(SetHostCodePage(name)) << name;
   }
-  ~ScopedCodePage() { SetHostCodePage(m_previous.c_str()); }
+  ~ScopedCodePage() { SetHostCodePage(previous.c_str()); }
   ScopedCodePage(const ScopedCodePage&) = delete;
-  ScopedCodePage& operator=(const ScopedCodePage&) = delete;
-
- private:
-  std::string m_previous;
+  const std::string previous;
 };
 
 // A text whose last unit is the last readable one before a page that
