@@ -36,11 +36,12 @@ configure_and_build pkg_config -DUSE_PKG_CONFIG=ON
 check pkg_config "$work/pkg_config/consumer"
 
 # The whole module, then the core with the default host named by hand.
-for package in vesktext 'vesktext-core -lvesktext-default-host'; do
+for libs in vesktext 'vesktext-core -lvesktext-default-host'; do
+  read -r package extra <<<"$libs"
   # shellcheck disable=SC2086,SC2046  # flag lists split on purpose
   "$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" \
-    $(pkg-config --cflags --libs ${package% *}) ${package#* } -o "$work/direct"
-  check "pkg_config command line: $package" "$work/direct"
+    $(pkg-config --cflags --libs "$package") $extra -o "$work/direct"
+  check "pkg_config command line: $libs" "$work/direct"
 done
 
 "$stage/bin/vesktext" --version
