@@ -3,13 +3,10 @@
 # two encodings that tests/package/consumer.cpp makes.
 expected='Ann+Lee+%26+co http://example.com/a%20b'
 check() {
-  local output
-  output=$("$2") || {
-    echo "$1: exit status $?"
-    exit 1
-  }
-  [ "$output" = "$expected" ] || {
-    echo "$1: printed '$output', expected '$expected'"
+  local output status=0
+  output=$("$2") || status=$?
+  [ "$status" -eq 0 ] && [ "$output" = "$expected" ] || {
+    echo "$1: status $status, printed '$output', expected '$expected'"
     exit 1
   }
   echo "$1: ok"

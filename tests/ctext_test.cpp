@@ -21,6 +21,7 @@ namespace {
 
 using vesk_test::Guarded16;
 using vesk_test::Guarded8;
+using vesk_test::Repeat;
 
 constexpr const char* kNullText = nullptr;
 
@@ -140,12 +141,6 @@ TEST(CTextTest, CharacterSearchesTakeTheByteSigned) {
     EXPECT_EQ(VeskStrChrIndex(t, row.c), row.first) << "c = " << row.c;
     EXPECT_EQ(last ? last - t : kNone, row.last) << "c = " << row.c;
   }
-}
-
-std::string Repeat(const std::string& piece, std::size_t length) {
-  std::string text;
-  while (text.size() < length) text += piece;
-  return text.substr(0, length);
 }
 
 // Texts that follow an unreadable page, shorter than a block: the scans

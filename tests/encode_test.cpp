@@ -15,6 +15,7 @@
 namespace {
 
 using vesk_test::Bytes;
+using vesk_test::Repeat;
 
 // The escaping rules: the two encoders, then the four escaped copies.
 enum Rule { kForm, kHighAscii, kStrict, kLenient, kUpper128, kUrl, kRules };
@@ -95,12 +96,6 @@ TEST(EncodeTest, AppendedAtEveryFillLevel) {
 std::string g_asked;  // the lead bytes whose widths the host was asked
 void Record(unsigned char lead) { g_asked += static_cast<char>(lead); }
 
-std::string Repeat(const std::string& piece, int times) {
-  std::string text;
-  for (int i = 0; i < times; ++i) text += piece;
-  return text;
-}
-
 // Rows: a code page, a string's bytes (a NUL among them ends the walk),
 // the bytes whose widths the host must be asked, once per character at
 // its lead byte and in order, and the copy that every escaping rule makes:
@@ -122,8 +117,9 @@ TEST(EncodeTest, EscapedCopiesWalkTheTextByCharacters) {
        "%E2%82%AC.%F0%9F%98%80"},
       {"windows-1252", std::string(1000, 'q'), std::string(1000, 'q'),
        std::string(1000, 'q')},
-      {"shift_jis", Repeat("abcdefghijklmno\x83\x5C", 40),
-       Repeat("abcdefghijklmno\x83", 40), Repeat("abcdefghijklmno%83%5C", 40)},
+      {"shift_jis", Repeat("abcdefghijklmno\x83\x5C", 17 * 40),
+       Repeat("abcdefghijklmno\x83", 16 * 40),
+       Repeat("abcdefghijklmno%83%5C", 21 * 40)},
   };
   for (const auto& row : kRows) {
     vesk_test::ScopedCodePage page(row.page);
@@ -176,7 +172,6 @@ TEST(EncodeTest, VariablesFollowTheCurrentText) {
       {"/", false, {{"h", one, 1}, {"a$", one, 2}}, "/?a%24=1"},
       {nullptr, false, xy, "?y=1", 0},
       {nullptr, false, xy, "?y=1", 1},
-      {"", true, {{"\xC3\xA9", e, 0}}, "%E9=%E9"},
       {"", true, {{"\xC3\xA9", e, 0}}, "%C3%A9=%C3%A9", ~0UL, 5},
   };
   vesk_test::ScopedCodePage page("windows-1252");

@@ -13,51 +13,39 @@ namespace {
 using vesk::ByteSet;
 using Reference = vesk::ScalarReference;
 
-template <class K>
-struct FormCheck {
-  const char* name;
-  std::size_t at;
-  const char *x, *y;
-  // The form's mask against the reference's, one bit a byte.
-  template <class Each>
-  void Expect(std::uint32_t got, Each reference, const char* kernel) const {
+// Each kernel of the form `K` on the block at `at` of `a` and `b`: its mask
+// against the reference's, which takes one byte at a time, one bit a byte.
+template <class K, bool kFold, ByteSet... kSets>
+void CheckBlock(const char* form, const std::string& a, const std::string& b,
+                std::size_t at) {
+  const char *x = &a[at], *y = &b[at];
+  [[maybe_unused]] const auto* p = reinterpret_cast<const unsigned char*>(x);
+  const auto expect = [&](const char* kernel, std::uint32_t got, auto one) {
     std::uint32_t want = 0;
-    for (std::size_t i = 0; i < K::kWidth; ++i) want |= reference(i) << i;
-    EXPECT_EQ(got, want) << name << " " << kernel << " at " << at;
-  }
-  template <bool kFold>
-  void Blocks() const {
-    Expect(
-        K::template Differ<kFold>(x, y),
-        [&](std::size_t i) { return Reference::Differ<kFold>(x + i, y + i); },
-        kFold ? "folded Differ" : "Differ");
-    Expect(
-        K::template Candidates<kFold>(x, 7, 'a', 'B' | kFold << 5),
-        [&](std::size_t i) {
-          return Reference::Candidates<kFold>(x + i, 7, 'a', 'B' | kFold << 5);
-        },
-        kFold ? "folded Candidates" : "Candidates");
-  }
-  template <ByteSet... kSets>
-  void Kept() const {
-    const auto* p = reinterpret_cast<const unsigned char*>(x);
-    (Expect(
-         K::template Kept<kSets>(p),
-         [&](std::size_t i) { return vesk::InSet(kSets, p[i]) ? 1u : 0u; },
-         "Kept"),
-     ...);
-  }
-};
+    for (std::size_t i = 0; i < K::kWidth; ++i) want |= one(i) << i;
+    EXPECT_EQ(got, want) << form << " " << kernel << (kFold ? " folded" : "")
+                         << " at " << at;
+  };
+  const char last = 'B' | kFold << 5;
+  expect("Differ", K::template Differ<kFold>(x, y),
+         [&](std::size_t i) { return Reference::Differ<kFold>(x + i, y + i); });
+  expect("Candidates", K::template Candidates<kFold>(x, 3, 'a', last),
+         [&](std::size_t i) {
+           return Reference::Candidates<kFold>(x + i, 3, 'a', last);
+         });
+  (expect("Kept", K::template Kept<kSets>(p),
+          [&](std::size_t i) { return Reference::Kept<kSets>(p + i); }),
+   ...);
+}
 
 template <class K>
 void CheckForm(vesk::Form form, const std::string& a, const std::string& b) {
   if (!vesk::FormRuns(form)) return;
   for (std::size_t at = 0; at + K::kWidth + 8 <= a.size(); ++at) {
-    const FormCheck<K> check{vesk::FormName(form), at, &a[at], &b[at]};
-    check.template Blocks<false>();
-    check.template Blocks<true>();
-    check.template Kept<ByteSet::kLettersAndDigits, ByteSet::kStrict,
-                        ByteSet::kUrl, ByteSet::kAscii, ByteSet::kAll>();
+    CheckBlock<K, false, ByteSet::kLettersAndDigits, ByteSet::kStrict,
+               ByteSet::kUrl, ByteSet::kAscii, ByteSet::kAll>(
+        vesk::FormName(form), a, b, at);
+    CheckBlock<K, true>(vesk::FormName(form), a, b, at);
   }
 }
 

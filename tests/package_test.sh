@@ -35,15 +35,13 @@ export PKG_CONFIG_LIBDIR
 configure_and_build pkg_config -DUSE_PKG_CONFIG=ON
 check pkg_config "$work/pkg_config/consumer"
 
-flags=$(pkg-config --cflags --libs vesktext)
-# shellcheck disable=SC2086  # flag lists split on purpose
-"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags -o "$work/direct"
-check pkg_config_command_line "$work/direct"
-
-flags=$(pkg-config --cflags --libs vesktext-core)
-# shellcheck disable=SC2086  # flag lists split on purpose
-"$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" $flags \
-  -lvesktext-default-host -o "$work/direct_core"
-check pkg_config_core_command_line "$work/direct_core"
+# The whole module, then the core with the default host named by hand.
+for libs in vesktext 'vesktext-core -lvesktext-default-host'; do
+  read -r package extra <<<"$libs"
+  # shellcheck disable=SC2086,SC2046  # flag lists split on purpose
+  "$cxx" -std=c++17 $cxxflags "$consumer/consumer.cpp" \
+    $(pkg-config --cflags --libs "$package") $extra -o "$work/direct"
+  check "pkg_config command line: $libs" "$work/direct"
+done
 
 "$stage/bin/vesktext" --version

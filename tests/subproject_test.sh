@@ -19,33 +19,24 @@ source "$tests/consumer_check.sh"
 build() {
   "$cmake" -S "$1" -B "$2" -G "$generator" -DCMAKE_CXX_COMPILER="$cxx" \
     -DCMAKE_CXX_FLAGS="$cxxflags" "${@:3}" >"$2.log" 2>&1 &&
-    "$cmake" --build "$2" >>"$2.log" 2>&1 || {
-    cat "$2.log"
-    exit 1
-  }
+    "$cmake" --build "$2" >>"$2.log" 2>&1 || { cat "$2.log" && exit 1; }
 }
 for way in add_subdirectory fetch_content; do
-  dir="$work/$way"
-  fetch=OFF
-  [ "$way" = fetch_content ] && fetch=ON
+  dir="$work/$way" fetch=OFF
+  [ "$way" = add_subdirectory ] || fetch=ON
   build "$tests/subproject" "$dir" -DVESK_SOURCE_DIR="$tests/.." \
     -DUSE_FETCH_CONTENT=$fetch
   for program in consumer_text consumer_split; do
     check "$way $program" "$dir/$program"
   done
   "$cmake" --install "$dir" --prefix "$dir/stage" >/dev/null
-  [ ! -e "$dir/stage" ] || {
-    echo "$way: installing the consumer installed" "$(find "$dir/stage")"
-    exit 1
-  }
+  [ ! -e "$dir/stage" ] || { echo "$way: installed $(find "$dir/stage")"; exit 1; }
 
   build "$tests/../examples/custom_host" "$dir-custom_host" \
     -DUSE_FETCH_CONTENT=$fetch -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
   output=$("$dir-custom_host/custom_host") &&
-    grep -qxF "$request" <<<"$output" || {
-    echo "$way custom_host failed; it printed:" "$output"
-    exit 1
-  }
+    grep -qxF "$request" <<<"$output" ||
+    { echo "$way custom_host failed; it printed:" "$output" && exit 1; }
   echo "$way custom_host: ok"
 done
 

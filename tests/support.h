@@ -22,6 +22,13 @@ inline std::string Bytes(const VeskString& s) {
   return s.Text() ? std::string(s.Text(), size_t(s.Length())) : "";
 }
 
+// `piece` repeated up to `length` bytes, the last copy cut short.
+inline std::string Repeat(const std::string& piece, std::size_t length) {
+  std::string text;
+  while (text.size() < length) text += piece;
+  return text.substr(0, length);
+}
+
 // Appends `bytes` one by one, NULs included.
 inline void Put(VeskString& s, const std::string& bytes) {
   for (char c : bytes) s.AppendChar(c);
@@ -36,14 +43,12 @@ inline std::string TakeHeapText(char* text) {
   return bytes;
 }
 
-// The address every string in the shared-empty state points at: a static
-// text, which outlives the empty string that shows it.
-inline const char* SharedEmpty() { return VeskString("").Text(); }
-
+// Every string in the shared-empty state points at one static text, which
+// outlives the empty string that shows it.
 enum class State { kZeroed, kSharedEmpty, kOwn };
 inline State StateOf(const VeskString& s) {
   if (s.Text() == nullptr) return State::kZeroed;
-  return s.Text() == SharedEmpty() ? State::kSharedEmpty : State::kOwn;
+  return s.Text() == VeskString("").Text() ? State::kSharedEmpty : State::kOwn;
 }
 
 // The state, the text and the capacity, with the invariants of the state.
@@ -57,17 +62,13 @@ inline void ExpectString(const VeskString& s, State state,
 }
 
 // Sets the host code page for its scope.
-class ScopedCodePage {
- public:
-  explicit ScopedCodePage(const char* name) : m_previous(HostCodePage()) {
+struct ScopedCodePage {
+  explicit ScopedCodePage(const char* name) : previous(HostCodePage()) {
     EXPECT_TRUE(SetHostCodePage(name)) << name;
   }
-  ~ScopedCodePage() { SetHostCodePage(m_previous.c_str()); }
+  ~ScopedCodePage() { SetHostCodePage(previous.c_str()); }
   ScopedCodePage(const ScopedCodePage&) = delete;
-  ScopedCodePage& operator=(const ScopedCodePage&) = delete;
-
- private:
-  std::string m_previous;
+  const std::string previous;
 };
 
 // A text whose last unit is the last readable one before a page that
