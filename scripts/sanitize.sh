@@ -13,4 +13,6 @@ source scripts/sanitizer-flags.sh
 dir=build/sanitize
 echo "== sanitize: clang++, $VESK_SANITIZER_FLAGS; build and tests"
 configure_sanitized "$dir" -DVESK_BUILD_TESTS=ON
-ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"
+# The tool's piece test starts the tool thousands of times, minutes under
+# the sanitizers; the g++ build runs it, and the tool's own table runs here.
+ctest --test-dir "$dir" --output-on-failure -j "$(nproc)" -E '^vesktext_pieces$'

@@ -30,8 +30,8 @@ run_suite() {
 
 run_suite gcc g++ RelWithDebInfo
 # DWARF 4: the valgrind below cannot read clang 14's default DWARF 5. The
-# consumers and the tool's piece test, the longest tests, run in the g++
-# and sanitizer builds; what they check does not depend on the compiler.
+# consumers (run in the g++ and sanitizer builds) and the tool's piece test
+# (g++ only) are the longest tests and check nothing a compiler changes.
 run_suite clang clang++ Debug "-gdwarf-4" -E '_consumer$|^vesktext_pieces$'
 # Plain char unsigned, as on AArch64, and the byte loops that machines
 # without SSE2 take: the unit tests and the corpus replay.
