@@ -14,10 +14,9 @@ double VeskNaN();
 char* ConvertDoubleToString(double value);
 
 // ---- The host code page ----------------------------------------------------
-// One process-wide setting: "windows-1252" (the default), "shift_jis" (the
-// Windows Japanese code page), "gbk", "big5", "euc-kr" (their Windows code
-// pages) or "utf-8". An unknown or null name returns false and changes
-// nothing.
+// One process-wide setting, by the host's name for a page as HostCodePageAt
+// lists them (the default first; aliases are not taken). An unknown or null
+// name returns false and changes nothing.
 bool SetHostCodePage(const char* name);
 const char* HostCodePage();
 
