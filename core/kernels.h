@@ -14,8 +14,9 @@
 // ScalarReference below is the definition, one byte a block; the vector
 // forms (SSE2 and AVX2 on x86-64, NEON on AArch64) compute the same masks
 // lane by lane, from one body over their lanes (vector_kernels.h), and the
-// kernel tests hold every form to the reference. The algorithm files call
-// these and Dispatch, never an instruction set's own functions.
+// test suite runs once with each form forced (ForceForm) to hold them to
+// it. The algorithm files call these and Dispatch, never an instruction
+// set's own functions.
 #ifndef VESK_CORE_KERNELS_H
 #define VESK_CORE_KERNELS_H
 
